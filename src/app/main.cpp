@@ -1,0 +1,144 @@
+// The process entry: options, then the start-up routine, then the main window.
+
+#include "core/appcontext.h"
+#include "core/appdefaults.h"
+#include "core/demoworkspace.h"
+#include "core/mditolmar.h"
+#include "core/startup.h"
+#include "platform/prompt.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+void say(const QString& line)
+{
+    std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
+    std::fflush(stderr);
+}
+
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    // Without a display the program still starts (for --screenshot and --init-demo);
+    // message boxes then go to stderr.
+    if (!hasDisplay())
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tolmar Records"));
+    QApplication::setApplicationVersion(QStringLiteral("%1.%2.%3")
+                                            .arg(tolmar::kVersionMajor)
+                                            .arg(tolmar::kVersionMinor)
+                                            .arg(tolmar::kVersionRevision));
+
+    QCommandLineParser cl;
+    cl.setApplicationDescription(QStringLiteral("Records and front desk of the hospital."));
+    cl.addHelpOption();
+    cl.addVersionOption();
+    const QCommandLineOption home(QStringLiteral("home"),
+                                  QStringLiteral("Folder of made.sys, sysdoc.sys, key.db and "
+                                                 "Reports (default: TOLMAR_HOME or the "
+                                                 "program's folder)."),
+                                  QStringLiteral("DIR"));
+    const QCommandLineOption shot(QStringLiteral("screenshot"),
+                                  QStringLiteral("Save the main window to FILE once shown, "
+                                                 "then exit."),
+                                  QStringLiteral("FILE"));
+    const QCommandLineOption demo(QStringLiteral("init-demo"),
+                                  QStringLiteral("Make a demo workspace in DIR and exit."),
+                                  QStringLiteral("DIR"));
+    const QCommandLineOption server(QStringLiteral("server"),
+                                    QStringLiteral("With --init-demo: a PostgreSQL server "
+                                                   "HOST[:PORT] instead of SQLite files."),
+                                    QStringLiteral("HOST"));
+    const QCommandLineOption patients(QStringLiteral("patients"),
+                                      QStringLiteral("With --init-demo: how many synthetic "
+                                                     "patients (default 300)."),
+                                      QStringLiteral("N"), QStringLiteral("300"));
+    cl.addOptions({home, shot, demo, server, patients});
+    cl.process(app);
+
+    if (cl.isSet(demo)) {
+        tolmar::DemoOptions o;
+        o.dir = cl.value(demo);
+        o.server = cl.value(server);
+        bool ok = false;
+        o.patients = cl.value(patients).toLongLong(&ok);
+        if (!ok || o.patients < 0) {
+            say(QStringLiteral("--patients takes a whole number, not \"%1\"").arg(cl.value(patients)));
+            return 2;
+        }
+        o.log = say;
+        try {
+            tolmar::createDemoWorkspace(o);
+        } catch (const std::exception& e) {
+            say(QStringLiteral("The demo workspace could not be made: %1")
+                    .arg(QString::fromLocal8Bit(e.what())));
+            return 1;
+        }
+        return 0;
+    }
+
+    QString homeDir = cl.value(home);
+    if (homeDir.isEmpty())
+        homeDir = qEnvironmentVariable("TOLMAR_HOME");
+    if (homeDir.isEmpty())
+        homeDir = QApplication::applicationDirPath();
+    homeDir = QDir(homeDir).absolutePath();
+
+    tolmar::QtPrompter prompter;
+    tolmar::Clock clock;
+    tolmar::AppContext ctx(homeDir, prompter, clock);
+    std::unique_ptr<tolmar::MdiTolmar> window;
+
+    // "Reload Defaults" and a new server location run the routine again in this process.
+    // A fatal condition ends the run; any other failure leaves the window as it was.
+    ctx.rerunStartup = [&] {
+        const auto r = tolmar::runStartup(ctx);
+        if (r.outcome == tolmar::StartupResult::Fatal) {
+            ctx.endProcess(r.exitCode);
+            return;
+        }
+        if (window) {
+            window->applySession();
+            window->showNormal();
+            window->raise();
+            window->activateWindow();
+        }
+    };
+
+    const auto first = tolmar::runStartup(ctx);
+    if (first.outcome != tolmar::StartupResult::Ok)
+        return first.exitCode;
+
+    window = std::make_unique<tolmar::MdiTolmar>(ctx);
+    prompter.setParent(window.get());
+    window->show();
+
+    if (cl.isSet(shot)) {
+        const QString file = cl.value(shot);
+        QTimer::singleShot(300, window.get(), [&, file] {
+            const bool saved = window->grab().save(file);
+            say(saved ? QStringLiteral("Screenshot of the main window: %1").arg(file)
+                      : QStringLiteral("Could not write the screenshot %1").arg(file));
+            QApplication::exit(saved ? 0 : 1);
+        });
+    }
+    const int status = QApplication::exec();
+    window.reset();
+    return status;
+}

@@ -1,0 +1,69 @@
+#include "core/appcontext.h"
+
+#include "core/formats.h"
+#include "core/screenhost.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+namespace tolmar {
+
+AppContext::AppContext(QString homeDir, Prompter& prompter, Clock& clock)
+    : m_home(std::move(homeDir)), m_prompter(&prompter), m_clock(&clock),
+      m_screens(std::make_unique<ScreenHost>(*this))
+{
+    endProcess = [](int code) { QCoreApplication::exit(code); };
+}
+
+AppContext::~AppContext()
+{
+    m_screens.reset();
+    m_shared.clear();
+}
+
+QString AppContext::homePath(const QString& file) const { return QDir(m_home).filePath(file); }
+
+void AppContext::setServer(const db::ServerConfig& config)
+{
+    const auto& old = m_session.server;
+    const bool same = old.backend == config.backend && old.sqliteDir == config.sqliteDir &&
+                      old.host == config.host && old.port == config.port &&
+                      old.pgDatabase == config.pgDatabase && old.user == config.user;
+    m_session.server = config;
+    if (!same)
+        m_shared.clear();
+}
+
+db::Connection& AppContext::db(db::Database which)
+{
+    auto& slot = m_shared[which];
+    if (!slot)
+        slot = std::make_unique<db::Connection>(m_session.server, which);
+    return *slot;
+}
+
+std::unique_ptr<db::Connection> AppContext::openConnection(db::Database which)
+{
+    return std::make_unique<db::Connection>(m_session.server, which);
+}
+
+void AppContext::resetConnections() { m_shared.clear(); }
+
+void AppContext::refreshServerClock()
+{
+    QDateTime now;
+    if (auto fixed = m_clock->serverNow()) {
+        now = *fixed;
+    } else {
+        const QVariant v = db().scalar(QStringLiteral("select sysDT from qrySysDateTime"));
+        now = db::variantDateTime(v);
+    }
+    if (!now.isValid())
+        return;
+    m_session.serverDateTime = now;
+    m_session.serverDate = now.date();
+    m_session.serverDateText = fmt::shortDate(now.date());
+    m_session.serverTimeText = fmt::shortTime(now.time());
+}
+
+}  // namespace tolmar

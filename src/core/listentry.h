@@ -1,0 +1,17 @@
+#pragma once
+// List entries read "{display text} [{key}]": the key is what lies between the brackets,
+// which is why "[" and "]" are stripped from names before they are stored.
+
+#include <QString>
+
+namespace tolmar::listentry {
+
+QString make(const QString& text, const QString& key);
+// The text between the first "[" and the following "]"; "" when there is none.
+QString key(const QString& entry);
+// The trimmed text before the first "["; the whole trimmed entry when there is none.
+QString text(const QString& entry);
+// Removes every "[" and "]" and trims.
+QString stripBrackets(const QString& name);
+
+}  // namespace tolmar::listentry

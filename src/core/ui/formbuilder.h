@@ -1,0 +1,76 @@
+#pragma once
+// Builds a screen's controls in code, the same way on every screen: each control carries
+// its name as objectName and its caption as text, so that users, tests and the command
+// handler (which puts the focus on a control by name) all find it by one name.
+//
+// Layout: a vertical stack of sections. A field section is a two-column form (label and
+// control); a button row is right-aligned; a grid takes the spare height.
+
+#include <QString>
+
+class QCheckBox;
+class QComboBox;
+class QDateEdit;
+class QFormLayout;
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QLayout;
+class QLineEdit;
+class QPushButton;
+class QTableView;
+class QVBoxLayout;
+class QWidget;
+
+namespace tolmar::ui {
+
+enum class LetterCase { AsTyped, Upper };
+
+class FormBuilder {
+public:
+    // Lays out `owner` (which must not have a layout yet).
+    explicit FormBuilder(QWidget* owner);
+    // Lays out a page of a tab or a group that already belongs to the screen.
+    FormBuilder(QWidget* owner, QVBoxLayout* into);
+
+    QWidget* owner() const { return m_owner; }
+    QVBoxLayout* layout() const { return m_root; }
+
+    // Starts a new field section; with a title it is framed as a group box.
+    QGroupBox* section(const QString& title = QString(), const QString& name = QString());
+
+    QLineEdit* text(const QString& name, const QString& label,
+                    LetterCase letterCase = LetterCase::AsTyped);
+    QComboBox* combo(const QString& name, const QString& label, bool editable = false);
+    QDateEdit* date(const QString& name, const QString& label);
+    QCheckBox* check(const QString& name, const QString& caption);
+    QLabel* label(const QString& name, const QString& caption);
+    // Any other control, named and labelled the same way.
+    QWidget* field(QWidget* control, const QString& name, const QString& label);
+
+    // A read-only grid that selects whole rows; it takes the spare height.
+    QTableView* grid(const QString& name);
+
+    // Buttons go to the current button row; a new row starts after any other control.
+    QPushButton* button(const QString& name, const QString& caption);
+
+private:
+    QFormLayout* fields();
+    QHBoxLayout* buttons();
+    QWidget* m_owner;
+    QVBoxLayout* m_root;
+    QFormLayout* m_fields = nullptr;
+    QHBoxLayout* m_buttons = nullptr;
+};
+
+// Text typed into the box turns to capitals as it is typed, keeping the cursor in place.
+void forceUpperCase(QLineEdit* edit);
+
+// The key of the current entry of a list box ("{text} [{key}]"); "" when none is chosen.
+QString currentKey(const QComboBox* box);
+
+// Fits the grid's columns to their contents (bounded, so a long text cannot push the rest
+// off the screen).
+void fitColumns(QTableView* grid, int maxWidth = 320);
+
+}  // namespace tolmar::ui

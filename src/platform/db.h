@@ -1,0 +1,192 @@
+#pragma once
+// The database seam: the five logical databases on SQLite files or PostgreSQL schemas,
+// connections that clean up after themselves, bound statements only, and rows that read
+// NULL as "" the way every screen expects.
+
+#include <QDate>
+#include <QDateTime>
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+class QAbstractItemModel;
+class QObject;
+
+namespace tolmar::db {
+
+enum class Database { Hospital, HospitalArchive, Master, SmsCenter, Accounting };
+inline constexpr Database kAllDatabases[] = {Database::Hospital, Database::HospitalArchive,
+                                             Database::Master, Database::SmsCenter,
+                                             Database::Accounting};
+
+// "HOSPITAL", "HOSPITALArchive", "Master", "SmsCenter", "Accounting".
+QString databaseName(Database db);
+std::optional<Database> databaseFromName(const QString& name);
+
+enum class Backend { Sqlite, Postgres };
+
+// Where the five databases live. Built from the server name of made.sys:
+//   "sqlite:DIR"            five SQLite files in DIR
+//   "host", "host:port"     a PostgreSQL server; "host:port/dbname" picks the database
+//   "host\INSTANCE"         the instance part is kept for the session and ignored here
+struct ServerConfig {
+    Backend backend = Backend::Sqlite;
+    QString sqliteDir;
+    QString host;
+    int port = 5432;
+    QString pgDatabase = QStringLiteral("tolmar");
+    QString user;      // empty: TOLMAR_DB_USER or the suite's login
+    QString password;  // empty: TOLMAR_DB_PASSWORD, ~/.pgpass, or the suite's password
+
+    static ServerConfig fromServerName(const QString& serverName,
+                                       const QString& relativeTo = QString());
+    QString describe() const;  // for messages; never contains the password
+};
+
+// A failed statement or connection. description() is what a user is shown.
+class DbError : public std::runtime_error {
+public:
+    DbError(const QString& description, const QString& statement = QString());
+    const QString& description() const { return m_description; }
+    const QString& statement() const { return m_statement; }
+
+private:
+    QString m_description;
+    QString m_statement;
+};
+
+// Column names of a result, looked up without regard to case (PostgreSQL folds unquoted
+// names to lower case, SQLite keeps them as declared).
+class Columns {
+public:
+    explicit Columns(QStringList names);
+    int indexOf(QStringView name) const;  // -1 when absent
+    const QStringList& names() const { return m_names; }
+    int count() const { return int(m_names.size()); }
+
+private:
+    QStringList m_names;
+    QHash<QString, int> m_index;  // lower-case name -> first position
+};
+
+class Row {
+public:
+    Row() = default;
+    Row(std::shared_ptr<const Columns> columns, std::vector<QVariant> values);
+
+    bool has(QStringView column) const;
+    QVariant value(QStringView column) const;  // throws DbError on an unknown column
+    QVariant value(int index) const { return m_values.at(size_t(index)); }
+    bool isNull(QStringView column) const;
+
+    // NULL reads as "" (text), 0 (numbers), an invalid date, false.
+    QString text(QStringView column) const;
+    int toInt(QStringView column) const;
+    qint64 toLongLong(QStringView column) const;
+    double toDouble(QStringView column) const;
+    bool toBool(QStringView column) const;
+    QDate date(QStringView column) const;
+    QDateTime dateTime(QStringView column) const;
+
+    int columnCount() const { return m_columns ? m_columns->count() : 0; }
+    QString columnName(int index) const { return m_columns->names().at(index); }
+    const std::vector<QVariant>& values() const { return m_values; }
+
+private:
+    int require(QStringView column) const;
+    std::shared_ptr<const Columns> m_columns;
+    std::vector<QVariant> m_values;
+};
+
+// Text form of a stored value: dates ISO, NULL "", numbers without a trailing ".0".
+QString variantText(const QVariant& v);
+QDate variantDate(const QVariant& v);
+QDateTime variantDateTime(const QVariant& v);
+
+using Params = std::vector<QVariant>;
+
+struct Result {
+    std::shared_ptr<const Columns> columns;
+    std::vector<Row> rows;
+    bool empty() const { return rows.empty(); }
+    size_t size() const { return rows.size(); }
+    const Row& front() const { return rows.front(); }
+};
+
+// One open connection to one logical database; closed and unregistered on destruction.
+// Not shared between threads.
+class Connection {
+public:
+    Connection(const ServerConfig& config, Database db);
+    // A lone local SQLite file (the workstation's own key.db), nothing attached.
+    static std::unique_ptr<Connection> openLocalFile(const QString& path, bool create);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    Backend backend() const { return m_config.backend; }
+    Database database() const { return m_db; }
+    const ServerConfig& config() const { return m_config; }
+
+    Result query(const QString& sql, const Params& params = {});
+    std::optional<Row> queryOne(const QString& sql, const Params& params = {});
+    // The first column of the first row; an invalid QVariant when there is no row.
+    QVariant scalar(const QString& sql, const Params& params = {});
+    // Returns the number of rows affected.
+    int exec(const QString& sql, const Params& params = {});
+    // Statements without values (DDL, PRAGMA); never for data.
+    void execScript(const QString& sql);
+
+    bool inTransaction() const { return m_txDepth > 0; }
+
+    // A read-only grid model over a statement that fetches rows as the view scrolls.
+    // The model is owned by parent.
+    QAbstractItemModel* gridModel(const QString& sql, const Params& params, QObject* parent);
+
+    QString connectionName() const { return m_name; }
+
+private:
+    friend class Transaction;
+    void begin();
+    void commit();
+    void rollback();
+    void openSqlite();
+    void openPostgres();
+    void openLocal(const QString& path, bool create);
+    struct LocalTag {};
+    Connection(LocalTag, const QString& path, bool create);
+    struct Cache;
+    ServerConfig m_config;
+    Database m_db;
+    QString m_name;
+    int m_txDepth = 0;
+    std::unique_ptr<Cache> m_cache;
+};
+
+// Rolls back unless commit() was called. On SQLite the write lock is taken at once, so two
+// desks saving together wait for each other instead of failing half-way.
+class Transaction {
+public:
+    explicit Transaction(Connection& c);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit();
+    void rollback();
+    bool active() const { return m_active; }
+
+private:
+    Connection& m_conn;
+    bool m_active = true;
+};
+
+// How long a SQLite connection waits for another desk's write lock before giving up.
+inline constexpr int kSqliteBusyTimeoutMs = 60000;
+
+}  // namespace tolmar::db

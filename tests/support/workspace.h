@@ -1,0 +1,88 @@
+#pragma once
+// Test fixtures over real databases. Every test gets databases of its own, migrated and
+// filled with the demo installation's data (no patients): SQLite files in a temporary
+// folder, and, when TOLMAR_TEST_PG names a server (host:port), a PostgreSQL database made
+// from a template.
+
+#include "core/appcontext.h"
+#include "core/clock.h"
+#include "platform/db.h"
+#include "platform/prompt.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace tolmar::test {
+
+std::vector<db::Backend> backends();
+std::string backendName(const testing::TestParamInfo<db::Backend>& info);
+// Called once when the tests are over, while the application still stands.
+void dropTemplates();
+
+class Workspace {
+public:
+    explicit Workspace(db::Backend backend);
+    ~Workspace();
+    Workspace(const Workspace&) = delete;
+    Workspace& operator=(const Workspace&) = delete;
+
+    db::Backend backend() const { return m_server.backend; }
+    const db::ServerConfig& server() const { return m_server; }
+    // What made.sys says to reach these databases.
+    QString serverName() const { return m_serverName; }
+    // The folder beside the program: made.sys, sysdoc.sys, key.db, Reports/.
+    QString home() const { return m_home.path(); }
+    QString homePath(const QString& file) const { return m_home.filePath(file); }
+
+    void writeFile(const QString& name, const QStringList& lines);
+    // made.sys pointing at these databases, sysdoc.sys naming the demo officer.
+    void writeSettings(const QString& user = QStringLiteral("demo"));
+
+    std::unique_ptr<db::Connection> connect(db::Database which = db::Database::Hospital) const;
+    int exec(const QString& sql, const db::Params& params = {},
+             db::Database which = db::Database::Hospital) const;
+    QVariant scalar(const QString& sql, const db::Params& params = {},
+                    db::Database which = db::Database::Hospital) const;
+    // Sets (or, with nullopt, removes) one AppDefaults row.
+    void setDefault(const QString& key, const std::optional<QString>& value,
+                    db::Database which = db::Database::Hospital) const;
+
+private:
+    QTemporaryDir m_home;
+    db::ServerConfig m_server;
+    QString m_serverName;
+    QString m_pgDatabase;
+};
+
+// A desk at work on a workspace: the context with a scripted person and a fixed clock.
+struct Desk {
+    explicit Desk(const Workspace& ws,
+                  QDateTime serverNow = QDateTime(QDate(2026, 11, 23), QTime(9, 30)));
+    // Writes made.sys and sysdoc.sys and runs the start-up routine, as a desk does every
+    // morning; the test fails when it does not get through.
+    void startUp();
+
+    const Workspace& ws;
+    ScriptedPrompter prompter;
+    FixedClock clock;
+    AppContext ctx;
+    // Process ends asked for by screens, in order.
+    std::vector<int> endedWith;
+};
+
+class BackendTest : public testing::TestWithParam<db::Backend> {
+protected:
+    void SetUp() override { ws = std::make_unique<Workspace>(GetParam()); }
+    void TearDown() override { ws.reset(); }
+    std::unique_ptr<Workspace> ws;
+};
+
+}  // namespace tolmar::test
+
+#define TOLMAR_INSTANTIATE_BACKENDS(Suite)                                               \
+    INSTANTIATE_TEST_SUITE_P(Db, Suite, testing::ValuesIn(::tolmar::test::backends()),   \
+                             ::tolmar::test::backendName)
