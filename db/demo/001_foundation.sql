@@ -17,9 +17,9 @@ INSERT INTO ApplicationUsers (Username, Fullname, Password, AccountStatus, EmpID
 INSERT INTO UserRoles (RoleID, Username) VALUES
     (1, 'demo'), (2, 'demo'), (1, 'manager'), (2, 'manager'), (3, 'cashier');
 
--- The counters hold the next number to hand out.
+-- The counters hold the last number handed out.
 INSERT INTO idgen (destName, id, prefix, width) VALUES
-    ('PATIENT2', 1, '001/', 9), ('ConsultID2', 1, '001', 9), ('Patient', 1, '', 0);
+    ('PATIENT2', 0, '001/', 9), ('ConsultID2', 0, '001', 9), ('Patient', 0, '', 0);
 
 INSERT INTO AppDefaults (ID, IDVal) VALUES
     ('PVT_CONFEE_SNO', '2'),

@@ -144,9 +144,9 @@ qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& 
         if (o.progress && (written % 50000 < rows || written == o.count))
             o.progress(written);
     }
-    // The counter holds the next number to hand out.
+    // The counter holds the last number handed out.
     c.exec(QStringLiteral("UPDATE idgen SET id = ? WHERE destName = ?"),
-           {next, QStringLiteral("PATIENT2")});
+           {next - 1, QStringLiteral("PATIENT2")});
     tx.commit();
     return written;
 }
