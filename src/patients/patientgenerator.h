@@ -21,7 +21,7 @@ struct GeneratorOptions {
 };
 
 // Appends `count` patients after the highest PNo present and moves the PATIENT2 counter
-// past them. Payers and categories are taken from hRetainership and billingPrice.
+// to the last of them. Payers and categories are taken from hRetainership and billingPrice.
 // Returns the number written.
 qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& options);
 
