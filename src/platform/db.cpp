@@ -409,16 +409,16 @@ void Connection::openPostgres()
     execScript(QStringLiteral("SET search_path TO ") + path.join(QLatin1Char(',')));
 }
 
-Result Connection::query(const QString& sql, const Params& params)
+std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& params)
 {
-    QSqlDatabase d = QSqlDatabase::database(m_name, false);
+    // A statement that runs a thousand times is parsed once; the cache is bounded because
+    // some callers compose statements of varying length (IN lists, multi-row inserts).
+    if (!m_cache->statements.contains(sql) &&
+        m_cache->statements.size() >= kMaxCachedStatements)
+        m_cache->statements.clear();
     auto& slot = m_cache->statements[sql];
     if (!slot) {
-        if (m_cache->statements.size() > kMaxCachedStatements) {
-            m_cache->statements.clear();
-            return query(sql, params);
-        }
-        slot = std::make_shared<QSqlQuery>(d);
+        slot = std::make_shared<QSqlQuery>(QSqlDatabase::database(m_name, false));
         slot->setForwardOnly(true);
         slot->setNumericalPrecisionPolicy(QSql::LowPrecisionDouble);
         if (!slot->prepare(sql)) {
@@ -437,6 +437,12 @@ Result Connection::query(const QString& sql, const Params& params)
         m_cache->statements.remove(sql);
         throw DbError(err, sql);
     }
+    return q;
+}
+
+Result Connection::query(const QString& sql, const Params& params)
+{
+    const std::shared_ptr<QSqlQuery> q = run(sql, params);
     Result r;
     if (q->isSelect()) {
         const QSqlRecord rec = q->record();
@@ -478,26 +484,7 @@ QVariant Connection::scalar(const QString& sql, const Params& params)
 
 int Connection::exec(const QString& sql, const Params& params)
 {
-    QSqlDatabase d = QSqlDatabase::database(m_name, false);
-    auto& slot = m_cache->statements[sql];
-    if (!slot) {
-        slot = std::make_shared<QSqlQuery>(d);
-        slot->setForwardOnly(true);
-        if (!slot->prepare(sql)) {
-            const QString err = errorText(slot->lastError());
-            m_cache->statements.remove(sql);
-            throw DbError(err, sql);
-        }
-    }
-    std::shared_ptr<QSqlQuery> q = slot;
-    for (int i = 0; i < int(params.size()); ++i)
-        q->bindValue(i, bindable(params[size_t(i)]));
-    if (!q->exec()) {
-        const QString err = errorText(q->lastError());
-        q->finish();
-        m_cache->statements.remove(sql);
-        throw DbError(err, sql);
-    }
+    const std::shared_ptr<QSqlQuery> q = run(sql, params);
     const int n = q->numRowsAffected();
     q->finish();
     return n;

@@ -16,6 +16,7 @@
 #include <vector>
 
 class QAbstractItemModel;
+class QSqlQuery;
 class QObject;
 
 namespace tolmar::db {
@@ -161,6 +162,8 @@ private:
     void begin();
     void commit();
     void rollback();
+    // Prepares (once) and executes a statement with its values bound.
+    std::shared_ptr<QSqlQuery> run(const QString& sql, const Params& params);
     void openSqlite();
     void openPostgres();
     void openLocal(const QString& path, bool create);
