@@ -73,6 +73,7 @@ QString phone(QRandomGenerator& r)
 qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& o)
 {
     db::Connection c(server, db::Database::Hospital);
+    c.tuneForBulkLoad();
     std::vector<Payer> payers;
     for (const auto& row : c.query(QStringLiteral(
                                 "SELECT r.retainID, r.clientCatID, b.clientType FROM hRetainership r "

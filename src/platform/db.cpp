@@ -513,6 +513,14 @@ void Connection::execScript(const QString& sql)
     }
 }
 
+void Connection::tuneForBulkLoad()
+{
+    if (m_config.backend == Backend::Sqlite)
+        execScript(QStringLiteral("PRAGMA main.cache_size=-262144"));
+    else
+        execScript(QStringLiteral("SET synchronous_commit TO off"));
+}
+
 void Connection::begin()
 {
     if (m_txDepth++ > 0)

@@ -145,6 +145,11 @@ public:
 
     bool inTransaction() const { return m_txDepth > 0; }
 
+    // For loaders that write hundreds of thousands of rows on this connection: a page
+    // cache large enough to keep the indexes in memory (SQLite), no wait for the log flush
+    // at commit (PostgreSQL). Nothing about the data's safety once committed changes.
+    void tuneForBulkLoad();
+
     // A read-only grid model over a statement that fetches rows as the view scrolls.
     // The model is owned by parent.
     QAbstractItemModel* gridModel(const QString& sql, const Params& params, QObject* parent);
