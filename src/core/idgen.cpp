@@ -36,8 +36,15 @@ QString drawIdentifier(db::Connection& conn, const QString& destName)
 QString getIDNo(AppContext& ctx, const QString& destName)
 {
     ctx.session().lastIdentifier.clear();
-    auto conn = ctx.openConnection(db::Database::Hospital);
-    const QString value = drawIdentifier(*conn, destName);
+    QString value;
+    try {
+        value = drawIdentifier(ctx.drawConnection(), destName);
+    } catch (const db::DbError&) {
+        // A server restart or a dropped link leaves the kept connection dead: reconnect
+        // once. The statement either ran whole or not at all, so no number is lost twice.
+        ctx.resetDrawConnection();
+        value = drawIdentifier(ctx.drawConnection(), destName);
+    }
     ctx.session().lastIdentifier = value;
     return value;
 }
@@ -72,8 +79,8 @@ void updateAttendanceID(AppContext& ctx)
 {
     db::Connection& c = ctx.db(db::Database::Hospital);
     const auto row = c.queryOne(QStringLiteral(
-        "SELECT ConsultID FROM hRecords WHERE substr(consultID, 1, 3) = '001' "
-        "ORDER BY recID DESC LIMIT 1"));
+        "SELECT ConsultID FROM hRecords WHERE substr(consultID, 1, 3) = ? "
+        "ORDER BY recID DESC LIMIT 1"), {QStringLiteral("001")});
     if (!row)
         return;
     const qint64 next = qint64(runningNumber(row->text(u"ConsultID").mid(3))) + 1;
