@@ -45,7 +45,7 @@ bool MainWatch::referralBookDue(const QDate& serverDate)
 {
     return !m_ctx.db()
                 .query(QStringLiteral("select * from vwHReferal "
-                                      "where appDate = ? and AttendedToByRec = ? LIMIT 1"),
+                                      "where ApptDate = ? and AttendedToByRec = ? LIMIT 1"),
                        {serverDate, QStringLiteral("NO")})
                 .empty();
 }

@@ -1,7 +1,9 @@
 #include "core/mditolmar.h"
 
+#include "core/activitylog.h"
 #include "core/appcontext.h"
 #include "core/command.h"
+#include "core/idgen.h"
 #include "core/mainwatch.h"
 #include "core/screenhost.h"
 #include "patients/cardexpiry.h"
@@ -147,8 +149,8 @@ void MdiTolmar::buildMenus()
     file->addSeparator();
     screenEntry(file, S("mnuPRA"), S("Patient Residential Areas"), S("frmAreas"));
     file->addSeparator();
-    entry(file, S("mnuUAID"), S("Update Attendnace ID"));
-    entry(file, S("mnuUPID"), S("Update Patient ID"));
+    entry(file, S("mnuUAID"), S("Update Attendnace ID"), [this] { updateAttendanceID(m_ctx); });
+    entry(file, S("mnuUPID"), S("Update Patient ID"), [this] { updatePatientID(m_ctx); });
     entry(file, S("mnuRDef"), S("Reload Defaults"), [this] {
         if (m_ctx.rerunStartup)
             m_ctx.rerunStartup();
@@ -386,6 +388,8 @@ void MdiTolmar::load()
     // 3.
     m_cmdExpired->setVisible(AppDefaults::isYes(s.defaults.Admission_Limit_Exists));
     m_cmdLoc->setVisible(AppDefaults::isYes(s.defaults.App_Location_Change));
+    // 4. Once per run: "Reload Defaults" runs the start-up routine, not this load.
+    openActivityRow(m_ctx, false, false, s.loginRole);
     // 5.
     m_logOff->setText(QStringLiteral("Log Off %1").arg(s.userName));
     // 6.
@@ -735,8 +739,7 @@ void MdiTolmar::tileWindows(Qt::Orientation along)
 
 void MdiTolmar::endRun(bool autoLogoff, const QString& remarks)
 {
-    Q_UNUSED(autoLogoff);
-    Q_UNUSED(remarks);
+    closeActivityRow(m_ctx, true, autoLogoff, remarks);
     m_ending = true;
     m_ctx.endProcess(0);
 }
