@@ -38,11 +38,12 @@ const QColor kRed(0xFF, 0x00, 0x00);
 const QColor kCyan(0x00, 0xFF, 0xFF);
 const QColor kWhite(0xFF, 0xFF, 0xFF);
 
+// A button flashes its face; a strip or a label its background. Setting only the role
+// that shows keeps the strip's colour from spreading to the buttons on it.
 void setBackground(QWidget* w, const QColor& c)
 {
     QPalette p = w->palette();
-    p.setColor(QPalette::Window, c);
-    p.setColor(QPalette::Button, c);
+    p.setColor(qobject_cast<QAbstractButton*>(w) ? QPalette::Button : QPalette::Window, c);
     w->setPalette(p);
     w->setAutoFillBackground(true);
 }
@@ -51,7 +52,6 @@ void setForeground(QWidget* w, const QColor& c)
 {
     QPalette p = w->palette();
     p.setColor(QPalette::WindowText, c);
-    p.setColor(QPalette::ButtonText, c);
     w->setPalette(p);
 }
 

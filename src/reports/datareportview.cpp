@@ -5,11 +5,14 @@
 #include "core/ui/formbuilder.h"
 #include "platform/prompt.h"
 
+#include <QAbstractScrollArea>
 #include <QLabel>
+#include <QScrollBar>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace tolmar {
@@ -41,6 +44,14 @@ DataReportView::DataReportView(AppContext& ctx, const QString& layoutName,
     connect(m_preview, &QPrintPreviewWidget::paintRequested, this,
             [this](QPrinter* printer) { report::paint(m_doc, *printer); });
     connect(m_preview, &QPrintPreviewWidget::previewChanged, this, [this, pages] {
+        // The first page in view once the pages are laid out, whatever the zoom did.
+        if (!m_shownFirstPage) {
+            m_shownFirstPage = true;
+            QTimer::singleShot(0, m_preview, [this] {
+                if (auto* view = m_preview->findChild<QAbstractScrollArea*>())
+                    view->verticalScrollBar()->setValue(0);
+            });
+        }
         pages->setText(QStringLiteral("%1 page(s), %2 record(s)")
                            .arg(m_preview->pageCount())
                            .arg(m_doc.rows.size()));
