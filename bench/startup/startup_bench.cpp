@@ -44,15 +44,16 @@ struct Workspace {
 // A demo workspace of `patients` generated patients, made once and reused.
 Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
 {
-    const QString tag = QStringLiteral("%1-%2").arg(pgServer.isEmpty() ? "sqlite" : "pg").arg(patients);
+    const QString tag =
+        QStringLiteral("%1-%2").arg(pgServer.isEmpty() ? "sqlite" : "pg").arg(patients);
     Workspace w;
     w.home = QDir(dir).filePath(tag);
-    const QString server = pgServer.isEmpty()
-                               ? QString()
-                               : pgServer + QStringLiteral("/tolmar_bench_") + QString::number(patients);
-    const QString serverName = server.isEmpty()
-                                   ? QStringLiteral("sqlite:") + QDir(w.home).filePath(QStringLiteral("data"))
-                                   : server;
+    const QString server = pgServer.isEmpty() ? QString()
+                                              : pgServer + QStringLiteral("/tolmar_bench_") +
+                                                    QString::number(patients);
+    const QString serverName = server.isEmpty() ? QStringLiteral("sqlite:") +
+                                                      QDir(w.home).filePath(QStringLiteral("data"))
+                                                : server;
     w.server = db::ServerConfig::fromServerName(serverName, w.home);
     if (QFileInfo::exists(QDir(w.home).filePath(QStringLiteral("made.sys"))))
         return w;
@@ -66,11 +67,11 @@ Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
     createDemoWorkspace(o);
     // Earlier mornings have swept the cards that ran out before today.
     db::Connection c(w.server, db::Database::Hospital);
-    const QDate today = db::variantDateTime(
-                            c.scalar(QStringLiteral("select sysDT from qrySysDateTime")))
-                            .date();
-    c.exec(QStringLiteral("update hPatients set expired = 1 where expirydate <= ? and expired = 0"),
-           {today});
+    const QDate today =
+        db::variantDateTime(c.scalar(QStringLiteral("select sysDT from qrySysDateTime"))).date();
+    c.exec(
+        QStringLiteral("update hPatients set expired = 1 where expirydate <= ? and expired = 0"),
+        {today});
     return w;
 }
 
@@ -85,9 +86,10 @@ int armDueCards(const Workspace& w, int due)
                           "(select PNo from hPatients where expirydate is not null "
                           "order by PNo LIMIT ?)"),
            {today, due});
-    return c.scalar(QStringLiteral("select count(*) from hPatients where expired = 0 "
-                                   "and expirydate <= ?"),
-                    {today})
+    return c
+        .scalar(QStringLiteral("select count(*) from hPatients where expired = 0 "
+                               "and expirydate <= ?"),
+                {today})
         .toInt();
 }
 
@@ -147,15 +149,18 @@ void benchBackend(const QString& label, const QString& dir, const QString& pg, q
         bigRuns.push_back(b.ms);
         swept = b.swept;
         if (b.swept != armed)
-            say(QStringLiteral("  the sweep declared %1 cards, %2 were due").arg(b.swept).arg(armed));
+            say(QStringLiteral("  the sweep declared %1 cards, %2 were due")
+                    .arg(b.swept)
+                    .arg(armed));
         emptyRuns.push_back(startOnce(empty).ms);
     }
     const double m = median(bigRuns);
     const double e = median(emptyRuns);
-    std::printf("%-10s  %9lld patients, %5d cards swept: %8.1f ms   empty workspace: %7.1f ms"
-                "   ratio %.2f   %s\n",
-                qPrintable(label), static_cast<long long>(patients), swept, m, e,
-                e > 0 ? m / e : 0.0, m <= 1000.0 ? "within 1 s" : "OVER 1 s");
+    std::printf(
+        "%-10s  %9lld patients, %5d cards swept: %8.1f ms   empty workspace: %7.1f ms"
+        "   ratio %.2f   %s\n",
+        qPrintable(label), static_cast<long long>(patients), swept, m, e, e > 0 ? m / e : 0.0,
+        m <= 1000.0 ? "within 1 s" : "OVER 1 s");
     std::fflush(stdout);
 }
 
@@ -177,7 +182,8 @@ int main(int argc, char* argv[])
     const QCommandLineOption pg(QStringLiteral("pg"), QStringLiteral("PostgreSQL HOST:PORT"),
                                 QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG"));
     const QCommandLineOption dir(QStringLiteral("dir"), QStringLiteral("workspace folder"),
-                                 QStringLiteral("DIR"), QStringLiteral("/tmp/tolmar-bench-startup"));
+                                 QStringLiteral("DIR"),
+                                 QStringLiteral("/tmp/tolmar-bench-startup"));
     cl.addOptions({patients, due, runs, pg, dir});
     cl.process(app);
 

@@ -52,14 +52,16 @@ bool MainWatch::referralBookDue(const QDate& serverDate)
 
 void MainWatch::verifyApptDate(QString& notice, const QDate& today)
 {
-    if (!m_ctx.db().query(QStringLiteral("select * from qryhAppt where ApptDate = ? LIMIT 1"), {today})
+    if (!m_ctx.db()
+             .query(QStringLiteral("select * from qryhAppt where ApptDate = ? LIMIT 1"), {today})
              .empty())
         addNoticeLine(notice, QStringLiteral("--Some Patients Appt Date is Due Today--"));
 }
 
 void MainWatch::verifyDueDelivery(QString& notice, const QDate& today)
 {
-    if (!m_ctx.db().query(QStringLiteral("select * from qryhVisits where recdate = ? LIMIT 1"), {today})
+    if (!m_ctx.db()
+             .query(QStringLiteral("select * from qryhVisits where recdate = ? LIMIT 1"), {today})
              .empty())
         addNoticeLine(notice, QStringLiteral("--There are Visits to the clinic Today--"));
 }

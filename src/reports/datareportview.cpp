@@ -19,7 +19,9 @@ namespace tolmar {
 
 DataReportView::DataReportView(AppContext& ctx, const QString& layoutName,
                                report::ListDocument document, QWidget* parent)
-    : QWidget(parent), m_ctx(ctx), m_doc(std::move(document)),
+    : QWidget(parent),
+      m_ctx(ctx),
+      m_doc(std::move(document)),
       m_printer(std::make_unique<QPrinter>(QPrinter::ScreenResolution))
 {
     setObjectName(layoutName);
@@ -84,7 +86,8 @@ void DataReportView::exportPdf()
         suggested.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9 _-]")), QString());
         const QString path = m_ctx.prompter().saveFile(
             QStringLiteral("Export to PDF"), QStringLiteral("PDF files (*.pdf)"),
-            suggested.isEmpty() ? QStringLiteral("report.pdf") : suggested + QStringLiteral(".pdf"));
+            suggested.isEmpty() ? QStringLiteral("report.pdf")
+                                : suggested + QStringLiteral(".pdf"));
         if (path.isEmpty())
             return;
         auto busy = m_ctx.prompter().busy();

@@ -117,7 +117,10 @@ QStringList entriesOf(const QMenu* menu)
     return names;
 }
 
-QColor backgroundOf(const QWidget* w) { return w->palette().color(QPalette::Window); }
+QColor backgroundOf(const QWidget* w)
+{
+    return w->palette().color(QPalette::Window);
+}
 
 const QColor kLightBlue(0x80, 0x80, 0xFF);
 const QColor kRed(0xFF, 0x00, 0x00);
@@ -129,9 +132,9 @@ using MainWindowMenu = MainWindowTest;
 TEST_P(MainWindowMenu, EveryEntryStandsInItsMenuWithItsCaptionInOrder)
 {
     open();
-    const QStringList top{QStringLiteral("mnuFile"), QStringLiteral("mnuDT"),
-                          QStringLiteral("mnuFin"), QStringLiteral("mnuVSF"),
-                          QStringLiteral("mnuTariff"), QStringLiteral("mnuReport"),
+    const QStringList top{QStringLiteral("mnuFile"),     QStringLiteral("mnuDT"),
+                          QStringLiteral("mnuFin"),      QStringLiteral("mnuVSF"),
+                          QStringLiteral("mnuTariff"),   QStringLiteral("mnuReport"),
                           QStringLiteral("mnusecurity"), QStringLiteral("mnuWindow")};
     QStringList bar;
     for (const QAction* a : window->menuBar()->actions())
@@ -166,10 +169,10 @@ TEST_P(MainWindowMenu, EveryEntryStandsInItsMenuWithItsCaptionInOrder)
 TEST_P(MainWindowMenu, SeparatorsStandBeforeTheirEntriesOnly)
 {
     open();
-    const QSet<QString> after{QStringLiteral("mnuPRA"), QStringLiteral("mnuUAID"),
-                              QStringLiteral("mnuUDFHCI"), QStringLiteral("mnuREc"),
-                              QStringLiteral("mnuANR"), QStringLiteral("mnuRct"),
-                              QStringLiteral("mnuBFT"), QStringLiteral("mnuSendM"),
+    const QSet<QString> after{QStringLiteral("mnuPRA"),         QStringLiteral("mnuUAID"),
+                              QStringLiteral("mnuUDFHCI"),      QStringLiteral("mnuREc"),
+                              QStringLiteral("mnuANR"),         QStringLiteral("mnuRct"),
+                              QStringLiteral("mnuBFT"),         QStringLiteral("mnuSendM"),
                               QStringLiteral("mnuCreateRoles"), QStringLiteral("mnuAuto")};
     QSet<QString> found;
     for (const char* name : {"mnuFile", "mnuDT", "mnuFin", "mnuVSF", "mnuTariff", "mnuReport",
@@ -251,10 +254,12 @@ TEST_P(MainWindowLoad, TitlePanelsAndCaptionsComeFromTheSession)
     EXPECT_FALSE(desk->ctx.session().debtShown);
     EXPECT_FALSE(desk->ctx.session().computerName.isEmpty());
     // The strip's buttons with their captions.
-    const std::pair<const char*, const char*> buttons[] = {
-        {"cmdExpired", "Expired Admission"}, {"cmdLoc", "Change Location"},
-        {"cmdPat", "Patients from Doctor"},  {"cmdView", "Patients for Referal"},
-        {"cmdRxn", "Comments"},              {"cmdFee", "ANC FEE"}};
+    const std::pair<const char*, const char*> buttons[] = {{"cmdExpired", "Expired Admission"},
+                                                           {"cmdLoc", "Change Location"},
+                                                           {"cmdPat", "Patients from Doctor"},
+                                                           {"cmdView", "Patients for Referal"},
+                                                           {"cmdRxn", "Comments"},
+                                                           {"cmdFee", "ANC FEE"}};
     for (const auto& [name, caption] : buttons)
         EXPECT_EQ(child<QPushButton>(QString::fromLatin1(name))->text(),
                   QString::fromLatin1(caption));
@@ -305,12 +310,13 @@ TEST_P(MainWindowLoad, SweepDeclaresExactlyTheCardsDueTodayOrBefore)
                QStringLiteral("0001"), today.addDays(-400), 1);
     open();
 
-    const auto rows = ws->connect()->query(
-        QStringLiteral("select PNo, expired from hPatients order by PNo"));
+    const auto rows =
+        ws->connect()->query(QStringLiteral("select PNo, expired from hPatients order by PNo"));
     ASSERT_EQ(rows.size(), 5u);
     const int expected[] = {1, 1, 0, 0, 1};
     for (size_t i = 0; i < rows.size(); ++i)
-        EXPECT_EQ(rows.rows[i].toInt(u"expired"), expected[i]) << rows.rows[i].text(u"PNo").toStdString();
+        EXPECT_EQ(rows.rows[i].toInt(u"expired"), expected[i])
+            << rows.rows[i].text(u"PNo").toStdString();
     EXPECT_EQ(desk->prompter.informs(),
               QStringList{QStringLiteral(
                   "2 Card(s) is/are due for Renewal and have been declared Expired")});
@@ -329,9 +335,9 @@ TEST_P(MainWindowLoad, TimersHaveTheirIntervalsAndStartStates)
 {
     open();
     const std::tuple<const char*, int, bool> timers[] = {
-        {"Timer1", 60000, true},     {"Timer3", 60000, true},   {"tmrWait", 60000, true},
-        {"tmrNotify", 500, false},   {"tmrExpired", 500, false}, {"tmrMDI", 500, false},
-        {"tmrSound", 60000, false},  {"Timer2", 1000, false},   {"tmrIdle", 10000, false}};
+        {"Timer1", 60000, true},    {"Timer3", 60000, true},    {"tmrWait", 60000, true},
+        {"tmrNotify", 500, false},  {"tmrExpired", 500, false}, {"tmrMDI", 500, false},
+        {"tmrSound", 60000, false}, {"Timer2", 1000, false},    {"tmrIdle", 10000, false}};
     for (const auto& [name, interval, running] : timers) {
         QTimer* t = timer(QString::fromLatin1(name));
         ASSERT_NE(t, nullptr);
@@ -454,8 +460,8 @@ TEST_P(MainWindowTimers, ReferralBookDueTodayFlashesTheStrip)
 {
     const QDate today(2026, 11, 23);
     addPatient(QStringLiteral("001/000000001"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"));
-    addReferral(QStringLiteral("001/000000001"), QStringLiteral("001000000001"),
-                today.addDays(-7), today);
+    addReferral(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today.addDays(-7),
+                today);
     open();
     window->timer3Tick();
     EXPECT_TRUE(timer(QStringLiteral("tmrMDI"))->isActive());
@@ -506,8 +512,8 @@ TEST_P(MainWindowTimers, NoticeHelpersAddTheirLinesWhenThereIsWork)
     addPatient(QStringLiteral("001/000000001"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"));
     addVisit(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today,
              QStringLiteral("09:00"));
-    addReferral(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today,
-                today, 0, QStringLiteral("IN-PATIENT"));
+    addReferral(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today, today, 0,
+                QStringLiteral("IN-PATIENT"));
     ws->exec(QStringLiteral("insert into happointment (consultID, PNo, clinicType, ApptDate, "
                             "ApptTime, attendedto) values (?, ?, ?, ?, ?, 0)"),
              {QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
@@ -713,7 +719,8 @@ TEST_P(MainWindowFrame, ClosingAnsweredNoKeepsTheWindow)
     EXPECT_TRUE(window->isVisible());
     ASSERT_NE(desk->prompter.last(), nullptr);
     EXPECT_EQ(desk->prompter.last()->kind, ScriptedPrompter::Message::Ask);
-    EXPECT_EQ(desk->prompter.last()->text, QStringLiteral(" Do you want to Exit the Application?"));
+    EXPECT_EQ(desk->prompter.last()->text,
+              QStringLiteral(" Do you want to Exit the Application?"));
     EXPECT_EQ(desk->prompter.last()->title, QStringLiteral("Exit Application"));
     EXPECT_TRUE(desk->endedWith.empty());
     EXPECT_EQ(ws->scalar(QStringLiteral("select islogout from UserActivities")).toInt(), 0);

@@ -66,8 +66,8 @@ TEST_P(MenuReports, EachSaysSoWhenThereIsNothingToList)
 TEST_P(MenuReports, DailyAttendanceListsTodaysVisitsNewestFirst)
 {
     const QDate today(2026, 11, 23);
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("O'CONNOR"), QStringLiteral("ỌLỌ́LÁ"),
-               QStringLiteral("0007"));
+    addPatient(QStringLiteral("001/000000001"), QStringLiteral("O'CONNOR"),
+               QStringLiteral("ỌLỌ́LÁ"), QStringLiteral("0007"));
     addPatient(QStringLiteral("001/000000002"), QStringLiteral("BELLO"), QStringLiteral("MUSA"));
     addVisit(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today,
              QStringLiteral("08:15"), QStringLiteral("GOPD"), QStringLiteral("0007"));
@@ -116,8 +116,10 @@ TEST_P(MenuReports, DailyRegistrationListsTodaysNewPatients)
     ASSERT_NE(v, nullptr);
     EXPECT_EQ(v->objectName(), QStringLiteral("rptNewReg"));
     EXPECT_EQ(v->windowTitle(), QStringLiteral("Patients Registration for Today"));
-    EXPECT_EQ(column(v, QStringLiteral("System No")), QStringList{QStringLiteral("001/000000001")});
-    EXPECT_EQ(column(v, QStringLiteral("Company")), QStringList{QStringLiteral("PRIVATE PATIENTS")});
+    EXPECT_EQ(column(v, QStringLiteral("System No")),
+              QStringList{QStringLiteral("001/000000001")});
+    EXPECT_EQ(column(v, QStringLiteral("Company")),
+              QStringList{QStringLiteral("PRIVATE PATIENTS")});
 }
 
 TEST_P(MenuReports, OnAdmissionListsStaysNotYetDischargedByName)
@@ -153,18 +155,18 @@ TEST_P(MenuReports, IncomeForTodayTotalsTheDaysReceipts)
     const QString insert = QStringLiteral(
         "insert into hpayments (receiptNo, receiptDate, receiptTime, billNo, PNo, ClientID, "
         "AmountPaid, PayMode, Username) values (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    ws->exec(insert, {QStringLiteral("R0001"), today, QStringLiteral("09:05"),
-                      QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-                      QStringLiteral("0001"), 12500.0, QStringLiteral("CASH"),
-                      QStringLiteral("cashier")});
-    ws->exec(insert, {QStringLiteral("R0002"), today, QStringLiteral("09:20"),
-                      QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-                      QStringLiteral("0001"), 1500.5, QStringLiteral("POS"),
-                      QStringLiteral("cashier")});
-    ws->exec(insert, {QStringLiteral("R0003"), today.addDays(-1), QStringLiteral("16:00"),
-                      QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-                      QStringLiteral("0001"), 900.0, QStringLiteral("CASH"),
-                      QStringLiteral("cashier")});
+    ws->exec(insert,
+             {QStringLiteral("R0001"), today, QStringLiteral("09:05"),
+              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
+              QStringLiteral("0001"), 12500.0, QStringLiteral("CASH"), QStringLiteral("cashier")});
+    ws->exec(insert,
+             {QStringLiteral("R0002"), today, QStringLiteral("09:20"),
+              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
+              QStringLiteral("0001"), 1500.5, QStringLiteral("POS"), QStringLiteral("cashier")});
+    ws->exec(insert,
+             {QStringLiteral("R0003"), today.addDays(-1), QStringLiteral("16:00"),
+              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
+              QStringLiteral("0001"), 900.0, QStringLiteral("CASH"), QStringLiteral("cashier")});
     open();
     action(QStringLiteral("mnuINC"))->trigger();
     DataReportView* v = only();

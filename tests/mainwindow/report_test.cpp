@@ -21,7 +21,8 @@ QString pdfText(const QString& path)
     QProcess p;
     p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")});
     if (!p.waitForFinished(30000) || p.exitCode() != 0)
-        return QStringLiteral("<pdftotext failed: %1>").arg(QString::fromLocal8Bit(p.readAllStandardError()));
+        return QStringLiteral("<pdftotext failed: %1>")
+            .arg(QString::fromLocal8Bit(p.readAllStandardError()));
     return QString::fromUtf8(p.readAllStandardOutput());
 }
 
@@ -67,11 +68,12 @@ protected:
     }
     report::ListDocument document(const db::Result& rows, const QString& caption) const
     {
-        const reports::ListLayout* layout = reports::findListLayout(QStringLiteral("rptAttendance"));
+        const reports::ListLayout* layout =
+            reports::findListLayout(QStringLiteral("rptAttendance"));
         EXPECT_NE(layout, nullptr);
-        return reports::buildListDocument(*layout, rows, caption,
-                                          {QStringLiteral("TOLMAR SPECIALIST HOSPITAL"),
-                                           QDate(2026, 11, 23)});
+        return reports::buildListDocument(
+            *layout, rows, caption,
+            {QStringLiteral("TOLMAR SPECIALIST HOSPITAL"), QDate(2026, 11, 23)});
     }
     QTemporaryDir dir;
 };
@@ -90,7 +92,8 @@ TEST_P(ListReports, PdfCarriesCaptionColumnsRowsPageAndDate)
 
     const QString text = pdfText(pdf);
     const QStringList lines = squeezedLines(text);
-    EXPECT_TRUE(lines.contains(QStringLiteral("TOLMAR SPECIALIST HOSPITAL"))) << text.toStdString();
+    EXPECT_TRUE(lines.contains(QStringLiteral("TOLMAR SPECIALIST HOSPITAL")))
+        << text.toStdString();
     EXPECT_TRUE(lines.contains(QStringLiteral("Patients Attendance")));
     EXPECT_TRUE(lines.contains(QStringLiteral("Patients Attendance for Today")));
     const QString header = QStringLiteral(
@@ -116,7 +119,8 @@ TEST_P(ListReports, LongListsBreakIntoNumberedPagesEachWithItsHeader)
     for (int i = 1; i <= 140; ++i)
         addVisit(i, QStringLiteral("PATIENT%1").arg(i, 3, 10, QLatin1Char('0')),
                  QStringLiteral("ADA"), day,
-                 QStringLiteral("%1:%2").arg(8 + i / 60, 2, 10, QLatin1Char('0'))
+                 QStringLiteral("%1:%2")
+                     .arg(8 + i / 60, 2, 10, QLatin1Char('0'))
                      .arg(i % 60, 2, 10, QLatin1Char('0')));
     const report::ListDocument doc = document(attendance(day), QStringLiteral("Busy day"));
     QPrinter printer(QPrinter::HighResolution);
@@ -153,10 +157,11 @@ TEST_P(ListReports, LayoutPrintsWhatTheStatementGivesInPrintedForm)
              {QStringLiteral("R2"), QDate(2026, 11, 23), QStringLiteral("B2"),
               QStringLiteral("001/000000009"), 1234567.891, QStringLiteral("CASH")});
     // A statement that gives only some of the layout's fields, in its own order and case.
-    const db::Result rows = ws->connect()->query(QStringLiteral(
-        "select AMOUNTPAID, receiptNo, PayMode, receiptdate from qryhBillingIncome "
-        "order by receiptNo"));
-    const reports::ListLayout* income = reports::findListLayout(QStringLiteral("rptbillingincome"));
+    const db::Result rows = ws->connect()->query(
+        QStringLiteral("select AMOUNTPAID, receiptNo, PayMode, receiptdate from qryhBillingIncome "
+                       "order by receiptNo"));
+    const reports::ListLayout* income =
+        reports::findListLayout(QStringLiteral("rptbillingincome"));
     ASSERT_NE(income, nullptr);
     const report::ListDocument doc =
         reports::buildListDocument(*income, rows, QStringLiteral("Income for Today"), {});
