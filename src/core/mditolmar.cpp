@@ -215,7 +215,7 @@ void MdiTolmar::buildMenus()
                 S("FrmRptAttendBydoctor"));
     screenEntry(rep, S("mnuPRBGP"), S("Patients' Referal by GP"), S("FrmRptReferalBydoctor"));
     entry(rep, S("mnuRptSB"), S("Daily  Attendance"),
-          [this] { menuReport(int(R::DailyAttendance)); });
+          [this] { menuReport(R::DailyAttendance); });
     QMenu* attend = rep->addMenu(S("Attendance Analysis"));
     attend->setObjectName(S("mnuAttend"));
     attend->menuAction()->setObjectName(S("mnuAttend"));
@@ -224,15 +224,15 @@ void MdiTolmar::buildMenus()
     screenEntry(attend, S("mnuAttendDoc"), S("By Doctor"), S("FrmRptAttendBydoctor"));
     screenEntry(attend, S("mnuABNS"), S("By Numerical Strength"), S("FrmRptAttendByStrength"));
     entry(rep, S("mnuDR"), S("Daily Registration"),
-          [this] { menuReport(int(R::DailyRegistration)); });
+          [this] { menuReport(R::DailyRegistration); });
     entry(rep, S("mnuPOA"), S("Patients Currently on Admission"),
-          [this] { menuReport(int(R::OnAdmission)); });
+          [this] { menuReport(R::OnAdmission); });
     rep->addSeparator();
     entry(rep, S("mnuBFT"), S("Bills for Today"));
     entry(rep, S("mnuINC"), S("Income for Today"),
-          [this] { menuReport(int(R::IncomeForToday)); });
+          [this] { menuReport(R::IncomeForToday); });
     entry(rep, S("mnuHMONHIS"), S("HMO && NHIS Enrollees"),
-          [this] { menuReport(int(R::HmoEnrollees)); });
+          [this] { menuReport(R::HmoEnrollees); });
     screenEntry(rep, S("mnuConDet"), S("Consultation Details"), S("rptPanelCon"));
     screenEntry(rep, S("mnuMRpts"), S("More Reports...."), S("rptPanelRec"));
     rep->addSeparator();
@@ -661,9 +661,9 @@ void MdiTolmar::sendMail()
     openScreen(QStringLiteral("frmMail"));
 }
 
-void MdiTolmar::menuReport(int which)
+void MdiTolmar::menuReport(reports::MenuReport which)
 {
-    const auto found = reports::runMenuReport(m_ctx, reports::MenuReport(which));
+    const auto found = reports::runMenuReport(m_ctx, which);
     reports::showListReport(m_ctx, found.layout, found.rows, found.caption);
 }
 
