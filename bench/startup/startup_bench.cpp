@@ -14,6 +14,7 @@
 #include "core/startup.h"
 #include "patients/patientgenerator.h"
 #include "platform/db.h"
+#include "platform/files.h"
 #include "platform/prompt.h"
 
 #include <QApplication>
@@ -55,9 +56,18 @@ Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
                                                       QDir(w.home).filePath(QStringLiteral("data"))
                                                 : server;
     w.server = db::ServerConfig::fromServerName(serverName, w.home);
-    if (QFileInfo::exists(QDir(w.home).filePath(QStringLiteral("made.sys"))))
+    // Marked ready only once filled: a run stopped half-way is made again.
+    const QString ready = QDir(w.home).filePath(QStringLiteral("bench-ready"));
+    if (QFileInfo::exists(ready))
         return w;
     QDir(w.home).removeRecursively();
+    if (w.server.backend == db::Backend::Postgres) {
+        // The bench's own database, left by a run whose folder has gone: start afresh.
+        db::ServerConfig maintenance = w.server;
+        maintenance.pgDatabase = QStringLiteral("postgres");
+        db::Connection c(maintenance, db::Database::Hospital);
+        c.execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + w.server.pgDatabase);
+    }
     say(QStringLiteral("Making the workspace %1 with %2 patients").arg(w.home).arg(patients));
     DemoOptions o;
     o.dir = w.home;
@@ -72,6 +82,7 @@ Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
     c.exec(
         QStringLiteral("update hPatients set expired = 1 where expirydate <= ? and expired = 0"),
         {today});
+    files::writeLines(ready, {QString::number(patients)});
     return w;
 }
 
