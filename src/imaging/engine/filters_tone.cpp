@@ -1,0 +1,320 @@
+// Filters whose result for a channel depends on that pixel alone and mostly on one byte:
+// each builds its tables once and then makes one pass.
+
+#include "imaging/engine/bit_filter.h"
+#include "imaging/engine/filter_frame.h"
+#include "imaging/engine/pixel_math.h"
+
+#include <array>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace tolmar::imaging {
+
+namespace {
+
+using Table = std::array<uint8_t, 256>;
+
+Table clampedShiftTable(int64_t amount)
+{
+    Table t{};
+    for (int i = 0; i < 256; ++i)
+        t[i] = clampByte(i + amount);
+    return t;
+}
+
+// round(0.222 R + 0.707 G + 0.071 B) without floating point: the weights are thousandths,
+// so the exact sum is S / 1000 and only an exact half can round differently from the
+// double expression; those rare pixels take the double expression itself.
+inline uint8_t greyOf(uint32_t b, uint32_t g, uint32_t r)
+{
+    const uint32_t s = 222 * r + 707 * g + 71 * b;
+    const uint32_t q = s / 1000;
+    const uint32_t rem = s - q * 1000;
+    if (rem != 500) [[likely]]
+        return static_cast<uint8_t>(q + (rem > 500));
+    return static_cast<uint8_t>(roundEven(0.222 * r + 0.707 * g + 0.071 * b));
+}
+
+// The luminosity that Equalize sorts by, with its own weights.
+inline uint8_t equalizeLevelOf(uint32_t b, uint32_t g, uint32_t r)
+{
+    const uint32_t s = 301 * r + 586 * g + 113 * b;
+    const uint32_t q = s / 1000;
+    const uint32_t rem = s - q * 1000;
+    if (rem != 500) [[likely]]
+        return static_cast<uint8_t>(q + (rem > 500));
+    return static_cast<uint8_t>(roundEven(0.301 * r + 0.586 * g + 0.113 * b));
+}
+
+} // namespace
+
+BitsBuffer cBitFilter::applyTables(const uint8_t* t0, const uint8_t* t1, const uint8_t* t2,
+                                   int32_t yStep)
+{
+    return runFilter(
+        [t0, t1, t2](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+            for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+                const uint8_t b = t0[s[0]];
+                const uint8_t g = t1[s[1]];
+                const uint8_t r = t2[s[2]];
+                d[0] = b;
+                d[1] = g;
+                d[2] = r;
+                d[3] = s[3];
+            }
+        },
+        0, yStep);
+}
+
+BitsBuffer cBitFilter::Brightness(int32_t amount)
+{
+    const Table t = clampedShiftTable(amount);
+    const int32_t mag = amount < 0 ? (amount < -255 ? 255 : -amount) : (amount > 255 ? 255 : amount);
+    const bool up = amount >= 0;
+    return runFilter([&t, mag, up](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        int32_t i = 0;
+#if defined(__SSE2__)
+        // A clamped add of one amount is exactly a saturating byte add; the spare byte gets 0.
+        const __m128i k = _mm_set1_epi32(mag | mag << 8 | mag << 16);
+        for (; i + 4 <= n; i += 4) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i * 4));
+            const __m128i r = up ? _mm_adds_epu8(v, k) : _mm_subs_epu8(v, k);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i * 4), r);
+        }
+#endif
+        for (; i < n; ++i) {
+            d[i * 4] = t[s[i * 4]];
+            d[i * 4 + 1] = t[s[i * 4 + 1]];
+            d[i * 4 + 2] = t[s[i * 4 + 2]];
+            d[i * 4 + 3] = s[i * 4 + 3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::Invert()
+{
+    return runFilter([](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        // 255 - c is c with its bits flipped; the spare byte is left alone.
+        for (int32_t i = 0; i < n * 4; ++i)
+            d[i] = static_cast<uint8_t>(s[i] ^ ((i & 3) == 3 ? 0 : 0xFF));
+    });
+}
+
+BitsBuffer cBitFilter::Contrast(int32_t percent)
+{
+    // The mean is the whole image's, whatever the region.
+    int64_t sum = 0;
+    for (int32_t y = 0; y <= m_lastY; ++y) {
+        const uint8_t* p = m_bits.pixel(0, y);
+        for (int32_t x = 0; x <= m_lastX; ++x, p += 4)
+            sum += (p[0] + p[1] + p[2]) / 3;
+    }
+    const int64_t pixels = int64_t(m_lastX + 1) * (m_lastY + 1);
+    const int64_t mean = pixels > 0 ? sum / pixels : 0;
+    const double k = (percent + 100) / 100.0;
+    std::array<int64_t, 256> t{};
+    for (int i = 0; i < 256; ++i)
+        t[i] = roundEven((i - mean) * k + mean);
+
+    return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            int64_t v[3] = {t[s[0]], t[s[1]], t[s[2]]};
+            // Out-of-range channels hand half their excess to the others until all fit,
+            // which keeps the hue where a clamp would bleach it. The excess halves each
+            // round, so the loop ends; the bound is only a guard.
+            for (int round = 0; round < 200; ++round) {
+                const bool in0 = v[0] >= 0 && v[0] <= 255;
+                const bool in1 = v[1] >= 0 && v[1] <= 255;
+                const bool in2 = v[2] >= 0 && v[2] <= 255;
+                if (in0 && in1 && in2)
+                    break;
+                if (v[0] < 1 && v[1] < 1 && v[2] < 1) {
+                    v[0] = v[1] = v[2] = 0;
+                    break;
+                }
+                if (v[0] >= 255 && v[1] >= 255 && v[2] >= 255) {
+                    v[0] = v[1] = v[2] = 255;
+                    break;
+                }
+                const int c = !in0 ? 0 : (!in1 ? 1 : 2);
+                const int64_t limit = v[c] < 0 ? 0 : 255;
+                const int64_t half = (v[c] - limit) / 2;
+                v[c] = limit;
+                v[(c + 1) % 3] += half;
+                v[(c + 2) % 3] += half;
+            }
+            d[0] = clampByte(v[0]);
+            d[1] = clampByte(v[1]);
+            d[2] = clampByte(v[2]);
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::GammaCorrection(int32_t percent)
+{
+    const double g = (percent + 100) / 100.0;
+    Table t{};
+    // A gamma of zero or below has no curve: everything goes black.
+    if (g > 0)
+        for (int i = 0; i < 256; ++i)
+            t[i] = clampByte(roundEven(255 * std::pow(i / 255.0, 1 / g)));
+    return applyTables(t.data(), t.data(), t.data());
+}
+
+BitsBuffer cBitFilter::GreyScale()
+{
+    return runFilter([](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            const uint8_t y = greyOf(s[0], s[1], s[2]);
+            d[0] = y;
+            d[1] = y;
+            d[2] = y;
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::Threshold(int32_t level)
+{
+    std::array<uint8_t, 766> t{};
+    for (int sum = 0; sum < 766; ++sum)
+        t[sum] = sum / 3 > level ? 255 : 0;
+    return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            const uint8_t v = t[s[0] + s[1] + s[2]];
+            d[0] = v;
+            d[1] = v;
+            d[2] = v;
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::KillChannel(bool red, bool green, bool blue)
+{
+    Table keep{};
+    for (int i = 0; i < 256; ++i)
+        keep[i] = static_cast<uint8_t>(i);
+    const Table zero{};
+    return applyTables(blue ? zero.data() : keep.data(), green ? zero.data() : keep.data(),
+                       red ? zero.data() : keep.data());
+}
+
+BitsBuffer cBitFilter::SwapRGB(int32_t srcRed, int32_t srcGreen, int32_t srcBlue, bool invRed,
+                               bool invGreen, bool invBlue, int32_t maskRed,
+                               int32_t maskGreen, int32_t maskBlue)
+{
+    // Indexed by output channel: 0 blue, 1 green, 2 red.
+    const int32_t src[3] = {std::clamp(srcBlue, 0, 3), std::clamp(srcGreen, 0, 3),
+                            std::clamp(srcRed, 0, 3)};
+    const bool inv[3] = {invBlue, invGreen, invRed};
+    const int32_t mask[3] = {maskBlue, maskGreen, maskRed};
+    std::array<Table, 3> t{};
+    for (int c = 0; c < 3; ++c)
+        for (int i = 0; i < 256; ++i)
+            t[c][i] = static_cast<uint8_t>((inv[c] ? 255 - i : i) & ~mask[c]);
+    return runFilter([&t, src](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            const uint8_t b = t[0][s[src[0]]];
+            const uint8_t g = t[1][s[src[1]]];
+            const uint8_t r = t[2][s[src[2]]];
+            d[0] = b;
+            d[1] = g;
+            d[2] = r;
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::ShiftRGB(int32_t red, int32_t green, int32_t blue)
+{
+    const Table tb = clampedShiftTable(blue);
+    const Table tg = clampedShiftTable(green);
+    const Table tr = clampedShiftTable(red);
+    return applyTables(tb.data(), tg.data(), tr.data());
+}
+
+BitsBuffer cBitFilter::Scanlines(int32_t amount)
+{
+    const Table t = clampedShiftTable(-int64_t(amount));
+    return applyTables(t.data(), t.data(), t.data(), 2);
+}
+
+BitsBuffer cBitFilter::Saturation(int32_t percent)
+{
+    const double k = percent / 100.0;
+    // Indexed by the pixel's mean level and the channel: 64 KiB, built once per call.
+    std::vector<uint8_t> t(256 * 256);
+    for (int l = 0; l < 256; ++l)
+        for (int c = 0; c < 256; ++c)
+            t[l * 256 + c] = clampByte(roundEven(c + k * (c - l)));
+    return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            const uint8_t* row = t.data() + ((s[0] + s[1] + s[2]) / 3) * 256;
+            const uint8_t b = row[s[0]];
+            const uint8_t g = row[s[1]];
+            const uint8_t r = row[s[2]];
+            d[0] = b;
+            d[1] = g;
+            d[2] = r;
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::Noise(int32_t level, bool monochrome)
+{
+    const double spread = 2.0 * level + 1;
+    return runFilter([this, level, spread, monochrome](const uint8_t* s, uint8_t* d, int32_t n,
+                                                        int32_t, int32_t) {
+        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            double r = NextRandom();
+            for (int c = 0; c < 3; ++c) {
+                if (c > 0 && !monochrome)
+                    r = NextRandom();
+                d[c] = clampByte(roundEven(s[c] + r * spread - level));
+            }
+            d[3] = s[3];
+        }
+    });
+}
+
+BitsBuffer cBitFilter::Equalize()
+{
+    std::array<int64_t, 256> hist{};
+    for (int32_t y = 0; y <= m_lastY; ++y) {
+        const uint8_t* p = m_bits.pixel(0, y);
+        for (int32_t x = 0; x <= m_lastX; ++x, p += 4)
+            ++hist[equalizeLevelOf(p[0], p[1], p[2])];
+    }
+    const int64_t half = int64_t(m_lastX + 1) * (m_lastY + 1) / 2;
+    int32_t m = 255;
+    int64_t running = 0;
+    for (int32_t level = 0; level < 256; ++level) {
+        running += hist[level];
+        if (running > half) {
+            m = level;
+            break;
+        }
+    }
+    // When most of the median level's own pixels lie below the half mark, the stretch
+    // pivots one level lower. An image of one value keeps that value as its median.
+    if (m > 0 && hist[m] > 2 * (running - half))
+        --m;
+
+    Table t{};
+    for (int c = 0; c < 256; ++c) {
+        if (c <= m)
+            t[c] = m == 0 ? 0 : clampByte(roundEven(c * (127.0 / m)));
+        else
+            t[c] = clampByte(roundEven((c - m) * (127.0 / (255 - m)) + 128));
+    }
+    return applyTables(t.data(), t.data(), t.data());
+}
+
+} // namespace tolmar::imaging

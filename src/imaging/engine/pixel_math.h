@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace tolmar::imaging {
+
+// Floating results become integers by rounding to nearest with ties to even: lrint under
+// the default rounding mode, never std::round (which sends halves away from zero).
+inline int64_t roundEven(double v)
+{
+    if (!(v > -9.0e18 && v < 9.0e18))
+        return v > 0 ? std::numeric_limits<int64_t>::max() / 2
+                     : std::numeric_limits<int64_t>::min() / 2;
+    return std::llrint(v);
+}
+
+inline uint8_t clampByte(int64_t v)
+{
+    return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
+}
+
+inline int32_t redOf(int32_t colour) { return colour & 0xFF; }
+inline int32_t greenOf(int32_t colour) { return (colour >> 8) & 0xFF; }
+inline int32_t blueOf(int32_t colour) { return (colour >> 16) & 0xFF; }
+
+} // namespace tolmar::imaging
