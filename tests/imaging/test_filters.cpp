@@ -842,3 +842,28 @@ TEST(FilterFrame, ProgressIsReportedPerRowAndEndsAt100)
     f.Invert();
     EXPECT_EQ(seen, std::vector<int>{100});
 }
+
+TEST(ToneFilters, LargeImagesTakeTheTwoChannelTableAndGiveTheSameBytes)
+{
+    // Past kPairTableMinPixels the table filters switch to a blue-green pair table.
+    std::mt19937 rng(17);
+    const int w = 400, h = 260;
+    ASSERT_GE(int64_t(w) * h, cBitFilter::kPairTableMinPixels);
+    const BitsBuffer img = ref::randomImage(rng, w, h);
+    const Region ell = Region::fromEllipse({-10, -5, w + 3, h + 8});
+    cBitFilter f;
+    f.Bits(img);
+    f.BitsRegion(&ell);
+    const BitsBuffer shifted = ref::apply(img, &ell, [](int, int, const Px& p, int o[3]) {
+        o[0] = ref::clamp255(p.b - 70);
+        o[1] = ref::clamp255(p.g + 20);
+        o[2] = ref::clamp255(p.r + 90);
+    });
+    EXPECT_EQ(firstDifference(f.ShiftRGB(90, 20, -70), shifted), "");
+    const BitsBuffer gamma = ref::apply(img, &ell, [](int, int, const Px& p, int o[3]) {
+        const int in[3] = {p.b, p.g, p.r};
+        for (int c = 0; c < 3; ++c)
+            o[c] = ref::clamp255(ref::rint(255 * std::pow(in[c] / 255.0, 1 / 1.7)));
+    });
+    EXPECT_EQ(firstDifference(f.GammaCorrection(70), gamma), "");
+}

@@ -117,6 +117,9 @@ public:
     template <class Kernel>
     BitsBuffer runFilter(Kernel&& kernel, int32_t margin = 0, int32_t yStep = 1);
 
+    // From this many pixels on, table filters build a two-channel table (tests use it).
+    static constexpr int64_t kPairTableMinPixels = 100000;
+
     // A uniform number in [0, 1), drawn in scan order; exposed for neighbourhood filters.
     double NextRandom();
 

@@ -13,15 +13,27 @@ namespace tolmar::imaging {
 
 namespace {
 
-using SumTable = std::array<Rgb, 766>;
+// Pixel words (without the spare byte) indexed by the channel sum.
+using SumTable = std::array<uint32_t, 766>;
 
 template <class Fn>
 SumTable sumTable(Fn&& fn)
 {
     SumTable t{};
-    for (int sum = 0; sum < 766; ++sum)
-        t[sum] = fn(sum);
+    for (int sum = 0; sum < 766; ++sum) {
+        const Rgb c = fn(sum);
+        t[sum] = uint32_t(c.b) | uint32_t(c.g) << 8 | uint32_t(c.r) << 16;
+    }
     return t;
+}
+
+void applySumTable(const SumTable& t, const uint8_t* s, uint8_t* d, int32_t n)
+{
+    for (int32_t i = 0; i < n; ++i) {
+        const uint32_t p = loadPixel(s + i * 4);
+        storePixel(d + i * 4,
+                   t[(p & 255) + ((p >> 8) & 255) + ((p >> 16) & 255)] | (p & kSpareMask));
+    }
 }
 
 } // namespace
@@ -32,13 +44,7 @@ BitsBuffer cBitFilter::Colorize(double hue, double saturation, double lightnessS
         return HslToRgb(hue, saturation, sum / 765.0 * lightnessScale);
     });
     return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const Rgb& c = t[s[0] + s[1] + s[2]];
-            d[0] = c.b;
-            d[1] = c.g;
-            d[2] = c.r;
-            d[3] = s[3];
-        }
+        applySumTable(t, s, d, n);
     });
 }
 
@@ -118,13 +124,7 @@ BitsBuffer cBitFilter::StretchH(double hueOffset, double saturationPercent, doub
         return HslToRgb(h, sat, l);
     });
     return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const Rgb& c = t[s[0] + s[1] + s[2]];
-            d[0] = c.b;
-            d[1] = c.g;
-            d[2] = c.r;
-            d[3] = s[3];
-        }
+        applySumTable(t, s, d, n);
     });
 }
 

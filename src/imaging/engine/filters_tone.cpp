@@ -5,8 +5,10 @@
 #include "imaging/engine/filter_frame.h"
 #include "imaging/engine/pixel_math.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <vector>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -55,16 +57,58 @@ inline uint8_t equalizeLevelOf(uint32_t b, uint32_t g, uint32_t r)
 BitsBuffer cBitFilter::applyTables(const uint8_t* t0, const uint8_t* t1, const uint8_t* t2,
                                    int32_t yStep)
 {
+    // Tables of whole pixel words: lookups ORed together and one store per pixel instead
+    // of four byte stores. On a large image blue and green share one 64K-entry table, so
+    // that a pixel costs two lookups; building it is worth it only past some 100K pixels.
+    std::array<uint32_t, 256 * 3> w{};
+    for (int i = 0; i < 256; ++i) {
+        w[i] = t0[i];
+        w[256 + i] = uint32_t(t1[i]) << 8;
+        w[512 + i] = uint32_t(t2[i]) << 16;
+    }
+    std::vector<uint16_t> pair;
+    if (m_region && !m_region->isEmpty()) {
+        const Rect box = m_region->box();
+        const int64_t area = std::min<int64_t>(int64_t(box.right) - box.left, m_lastX + 1)
+                           * std::min<int64_t>(int64_t(box.bottom) - box.top, m_lastY + 1);
+        if (area >= kPairTableMinPixels) {
+            pair.resize(65536);
+            for (int g = 0; g < 256; ++g)
+                for (int b = 0; b < 256; ++b)
+                    pair[g << 8 | b] = static_cast<uint16_t>(t0[b] | t1[g] << 8);
+        }
+    }
+    const uint16_t* pt = pair.empty() ? nullptr : pair.data();
     return runFilter(
-        [t0, t1, t2](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-            for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-                const uint8_t b = t0[s[0]];
-                const uint8_t g = t1[s[1]];
-                const uint8_t r = t2[s[2]];
-                d[0] = b;
-                d[1] = g;
-                d[2] = r;
-                d[3] = s[3];
+        [&w, pt](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+            const uint32_t* w0 = w.data();
+            const uint32_t* w1 = w0 + 256;
+            const uint32_t* w2 = w0 + 512;
+            int32_t i = 0;
+            if (pt) {
+                for (; i + 2 <= n; i += 2) {
+                    uint64_t p;
+                    std::memcpy(&p, s + i * 4, 8);
+                    const uint64_t lo = pt[p & 0xFFFF] | w2[(p >> 16) & 255];
+                    const uint64_t hi = pt[(p >> 32) & 0xFFFF] | w2[(p >> 48) & 255];
+                    const uint64_t o = lo | hi << 32 | (p & 0xFF000000FF000000ull);
+                    std::memcpy(d + i * 4, &o, 8);
+                }
+            } else {
+                for (; i + 2 <= n; i += 2) {
+                    uint64_t p;
+                    std::memcpy(&p, s + i * 4, 8);
+                    const uint64_t lo = w0[p & 255] | w1[(p >> 8) & 255] | w2[(p >> 16) & 255];
+                    const uint64_t hi = w0[(p >> 32) & 255] | w1[(p >> 40) & 255]
+                                      | w2[(p >> 48) & 255];
+                    const uint64_t o = lo | hi << 32 | (p & 0xFF000000FF000000ull);
+                    std::memcpy(d + i * 4, &o, 8);
+                }
+            }
+            for (; i < n; ++i) {
+                const uint32_t p = loadPixel(s + i * 4);
+                storePixel(d + i * 4, w0[p & 255] | w1[(p >> 8) & 255] | w2[(p >> 16) & 255]
+                                          | (p & kSpareMask));
             }
         },
         0, yStep);
@@ -99,8 +143,8 @@ BitsBuffer cBitFilter::Invert()
 {
     return runFilter([](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
         // 255 - c is c with its bits flipped; the spare byte is left alone.
-        for (int32_t i = 0; i < n * 4; ++i)
-            d[i] = static_cast<uint8_t>(s[i] ^ ((i & 3) == 3 ? 0 : 0xFF));
+        for (int32_t i = 0; i < n; ++i)
+            storePixel(d + i * 4, loadPixel(s + i * 4) ^ 0x00FFFFFFu);
     });
 }
 
@@ -119,9 +163,22 @@ BitsBuffer cBitFilter::Contrast(int32_t percent)
     std::array<int64_t, 256> t{};
     for (int i = 0; i < 256; ++i)
         t[i] = roundEven((i - mean) * k + mean);
+    // Most pixels need no repair: all three table values already in range.
+    std::array<uint8_t, 256> fits{};
+    std::array<uint32_t, 256> w{};
+    for (int i = 0; i < 256; ++i) {
+        fits[i] = t[i] >= 0 && t[i] <= 255;
+        w[i] = fits[i] ? static_cast<uint32_t>(t[i]) : 0;
+    }
 
-    return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+    return runFilter([&t, &fits, &w](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
         for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
+            const uint32_t p = loadPixel(s);
+            if (fits[p & 255] & fits[(p >> 8) & 255] & fits[(p >> 16) & 255]) {
+                storePixel(d, w[p & 255] | w[(p >> 8) & 255] << 8 | w[(p >> 16) & 255] << 16
+                                  | (p & kSpareMask));
+                continue;
+            }
             int64_t v[3] = {t[s[0]], t[s[1]], t[s[2]]};
             // Out-of-range channels hand half their excess to the others until all fit,
             // which keeps the hue where a clamp would bleach it. The excess halves each
@@ -169,28 +226,54 @@ BitsBuffer cBitFilter::GammaCorrection(int32_t percent)
 BitsBuffer cBitFilter::GreyScale()
 {
     return runFilter([](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const uint8_t y = greyOf(s[0], s[1], s[2]);
-            d[0] = y;
-            d[1] = y;
-            d[2] = y;
-            d[3] = s[3];
+        int32_t i = 0;
+#if defined(__SSE2__)
+        // The very double expression, two pixels per register; cvtpd2dq rounds by the
+        // current mode, nearest with ties to even, exactly as lrint does.
+        const __m128d wr = _mm_set1_pd(0.222);
+        const __m128d wg = _mm_set1_pd(0.707);
+        const __m128d wb = _mm_set1_pd(0.071);
+        const __m128i low = _mm_set1_epi32(0xFF);
+        const __m128i spare = _mm_set1_epi32(static_cast<int32_t>(kSpareMask));
+        for (; i + 4 <= n; i += 4) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i * 4));
+            const __m128i b = _mm_and_si128(v, low);
+            const __m128i g = _mm_and_si128(_mm_srli_epi32(v, 8), low);
+            const __m128i r = _mm_and_si128(_mm_srli_epi32(v, 16), low);
+            auto half = [&](__m128i bb, __m128i gg, __m128i rr) {
+                const __m128d y = _mm_add_pd(_mm_add_pd(_mm_mul_pd(wr, _mm_cvtepi32_pd(rr)),
+                                                        _mm_mul_pd(wg, _mm_cvtepi32_pd(gg))),
+                                             _mm_mul_pd(wb, _mm_cvtepi32_pd(bb)));
+                return _mm_cvtpd_epi32(y);
+            };
+            const __m128i y01 = half(b, g, r);
+            const __m128i y23 = half(_mm_shuffle_epi32(b, 0x0E), _mm_shuffle_epi32(g, 0x0E),
+                                     _mm_shuffle_epi32(r, 0x0E));
+            const __m128i y = _mm_unpacklo_epi64(y01, y23);
+            const __m128i grey = _mm_or_si128(_mm_or_si128(y, _mm_slli_epi32(y, 8)),
+                                              _mm_slli_epi32(y, 16));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i * 4),
+                             _mm_or_si128(grey, _mm_and_si128(v, spare)));
+        }
+#endif
+        for (; i < n; ++i) {
+            const uint32_t p = loadPixel(s + i * 4);
+            const uint32_t y = greyOf(p & 255, (p >> 8) & 255, (p >> 16) & 255);
+            storePixel(d + i * 4, y * 0x010101u | (p & kSpareMask));
         }
     });
 }
 
 BitsBuffer cBitFilter::Threshold(int32_t level)
 {
-    std::array<uint8_t, 766> t{};
+    std::array<uint32_t, 766> t{};
     for (int sum = 0; sum < 766; ++sum)
-        t[sum] = sum / 3 > level ? 255 : 0;
+        t[sum] = sum / 3 > level ? 0x00FFFFFFu : 0;
     return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const uint8_t v = t[s[0] + s[1] + s[2]];
-            d[0] = v;
-            d[1] = v;
-            d[2] = v;
-            d[3] = s[3];
+        for (int32_t i = 0; i < n; ++i) {
+            const uint32_t p = loadPixel(s + i * 4);
+            storePixel(d + i * 4, t[(p & 255) + ((p >> 8) & 255) + ((p >> 16) & 255)]
+                                      | (p & kSpareMask));
         }
     });
 }
@@ -254,15 +337,14 @@ BitsBuffer cBitFilter::Saturation(int32_t percent)
         for (int c = 0; c < 256; ++c)
             t[l * 256 + c] = clampByte(roundEven(c + k * (c - l)));
     return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const uint8_t* row = t.data() + ((s[0] + s[1] + s[2]) / 3) * 256;
-            const uint8_t b = row[s[0]];
-            const uint8_t g = row[s[1]];
-            const uint8_t r = row[s[2]];
-            d[0] = b;
-            d[1] = g;
-            d[2] = r;
-            d[3] = s[3];
+        for (int32_t i = 0; i < n; ++i) {
+            const uint32_t p = loadPixel(s + i * 4);
+            const uint32_t b = p & 255;
+            const uint32_t g = (p >> 8) & 255;
+            const uint32_t r = (p >> 16) & 255;
+            const uint8_t* row = t.data() + ((b + g + r) / 3) * 256;
+            storePixel(d + i * 4, uint32_t(row[b]) | uint32_t(row[g]) << 8
+                                      | uint32_t(row[r]) << 16 | (p & kSpareMask));
         }
     });
 }

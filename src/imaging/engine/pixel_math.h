@@ -26,3 +26,29 @@ inline int32_t greenOf(int32_t colour) { return (colour >> 8) & 0xFF; }
 inline int32_t blueOf(int32_t colour) { return (colour >> 16) & 0xFF; }
 
 } // namespace tolmar::imaging
+
+#include <bit>
+#include <cstring>
+
+namespace tolmar::imaging {
+
+// Pixels are handled as 32-bit words where that saves byte stores: blue is the low byte
+// on the little-endian machines this program runs on.
+static_assert(std::endian::native == std::endian::little,
+              "the pixel word layout assumes a little-endian machine");
+
+inline uint32_t loadPixel(const uint8_t* p)
+{
+    uint32_t v;
+    std::memcpy(&v, p, 4);
+    return v;
+}
+
+inline void storePixel(uint8_t* p, uint32_t v)
+{
+    std::memcpy(p, &v, 4);
+}
+
+constexpr uint32_t kSpareMask = 0xFF000000u;
+
+} // namespace tolmar::imaging

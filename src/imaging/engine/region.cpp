@@ -340,15 +340,17 @@ bool Region::contains(int32_t x, int32_t y) const
 
 void Region::offset(int32_t dx, int32_t dy)
 {
-    for (Band& b : m_bands) {
-        b.top += dy;
-        b.bottom += dy;
-    }
-    for (Span& s : m_spans) {
-        s.x0 += dx;
-        s.x1 += dx;
-    }
-    computeBox();
+    // Coordinates saturate at the ends of the integer range; a region pushed that far is
+    // off any image anyway, and what matters is that nothing wraps round.
+    auto move = [](int32_t v, int32_t by) {
+        return saturate32(static_cast<double>(int64_t(v) + by));
+    };
+    if (dx == 0 && dy == 0)
+        return;
+    std::vector<Rect> moved = rects();
+    for (Rect& r : moved)
+        r = {move(r.left, dx), move(r.top, dy), move(r.right, dx), move(r.bottom, dy)};
+    *this = fromRects(moved);
 }
 
 Region Region::scaled(double zoom) const
