@@ -140,6 +140,11 @@ TEST(SizeOperations, ResampleMixesTheFourNeighbours)
         cBitFilter f;
         f.BitsResample(img, nw, nh);
         ASSERT_EQ(f.BitsWidth(), nw);
+        // The wide-vector path and the plain one agree to the byte.
+        cBitFilter plain;
+        plain.AllowWideVectors(false);
+        plain.BitsResample(img, nw, nh);
+        ASSERT_TRUE(plain.Bits() == f.Bits());
         for (int y = 0; y < nh; ++y)
             for (int x = 0; x < nw; ++x) {
                 const double px = x * (double(w) / nw), py = y * (double(h) / nh);

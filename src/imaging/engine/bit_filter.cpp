@@ -9,8 +9,8 @@
 #include <cstring>
 #include <vector>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
 #endif
 
 namespace tolmar::imaging {
@@ -131,6 +131,84 @@ void cBitFilter::BitsResize(const BitsBuffer& src, int32_t newWidth, int32_t new
     setImage(std::move(out));
 }
 
+namespace {
+
+// Bilinear resampling in two passes: (1-fy) * (row mix) + fy * (row mix) is the formula
+// as written, so each horizontally mixed source row is computed once and serves every
+// output row that needs it. Mixes hold four doubles per pixel (the fourth unused) so that
+// a pixel fills one AVX register.
+struct ResampleColumns
+{
+    std::vector<int32_t> x0;
+    std::vector<int32_t> x1;
+    std::vector<double> fx;
+    std::vector<double> gx;
+};
+
+void mixRowPlain(const uint8_t* s, const ResampleColumns& cols, double* m, std::size_t nw)
+{
+    for (std::size_t x = 0; x < nw; ++x) {
+        const uint8_t* a = s + std::size_t(cols.x0[x]) * 4;
+        const uint8_t* b = s + std::size_t(cols.x1[x]) * 4;
+        for (int c = 0; c < 3; ++c)
+            m[x * 4 + c] = cols.gx[x] * a[c] + cols.fx[x] * b[c];
+    }
+}
+
+void blendRowPlain(const double* a, const double* b, double gy, double fy, const uint8_t* s,
+                   const ResampleColumns& cols, uint8_t* d, std::size_t nw)
+{
+    for (std::size_t x = 0; x < nw; ++x) {
+        for (int c = 0; c < 3; ++c)
+            d[x * 4 + c] = clampByte(roundEven(gy * a[x * 4 + c] + fy * b[x * 4 + c]));
+        d[x * 4 + 3] = s[std::size_t(cols.x0[x]) * 4 + 3];
+    }
+}
+
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define TOLMAR_HAVE_AVX2_PATH 1
+
+__attribute__((target("avx2"))) void mixRowAvx2(const uint8_t* s, const ResampleColumns& cols,
+                                                double* m, std::size_t nw)
+{
+    for (std::size_t x = 0; x < nw; ++x) {
+        const __m256d a = _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(
+            _mm_cvtsi32_si128(static_cast<int>(loadPixel(s + std::size_t(cols.x0[x]) * 4)))));
+        const __m256d b = _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(
+            _mm_cvtsi32_si128(static_cast<int>(loadPixel(s + std::size_t(cols.x1[x]) * 4)))));
+        _mm256_storeu_pd(m + x * 4,
+                         _mm256_add_pd(_mm256_mul_pd(_mm256_set1_pd(cols.gx[x]), a),
+                                       _mm256_mul_pd(_mm256_set1_pd(cols.fx[x]), b)));
+    }
+}
+
+__attribute__((target("avx2"))) void blendRowAvx2(const double* a, const double* b, double gy,
+                                                  double fy, const uint8_t* s,
+                                                  const ResampleColumns& cols, uint8_t* d,
+                                                  std::size_t nw)
+{
+    const __m256d vgy = _mm256_set1_pd(gy);
+    const __m256d vfy = _mm256_set1_pd(fy);
+    for (std::size_t x = 0; x < nw; ++x) {
+        const __m256d v = _mm256_add_pd(_mm256_mul_pd(vgy, _mm256_loadu_pd(a + x * 4)),
+                                        _mm256_mul_pd(vfy, _mm256_loadu_pd(b + x * 4)));
+        // cvtpd2dq rounds by the current mode, nearest with ties to even, as lrint does.
+        const __m128i q = _mm256_cvtpd_epi32(v);
+        const __m128i bytes = _mm_packus_epi16(_mm_packs_epi32(q, q), _mm_setzero_si128());
+        const uint32_t rgb = static_cast<uint32_t>(_mm_cvtsi128_si32(bytes)) & 0x00FFFFFFu;
+        storePixel(d + x * 4, rgb | (loadPixel(s + std::size_t(cols.x0[x]) * 4) & kSpareMask));
+    }
+}
+
+bool haveAvx2()
+{
+    static const bool yes = __builtin_cpu_supports("avx2");
+    return yes;
+}
+#endif
+
+} // namespace
+
 void cBitFilter::BitsResample(const BitsBuffer& src, int32_t newWidth, int32_t newHeight)
 {
     const int32_t oldW = src.highX() - 1;
@@ -140,34 +218,31 @@ void cBitFilter::BitsResample(const BitsBuffer& src, int32_t newWidth, int32_t n
     const double sx = static_cast<double>(oldW) / newWidth;
     const double sy = static_cast<double>(oldH) / newHeight;
     const auto nw = static_cast<std::size_t>(newWidth);
-    std::vector<int32_t> x0(nw);
-    std::vector<int32_t> x1(nw);
-    std::vector<double> fx(nw);
-    std::vector<double> gx(nw);
+    ResampleColumns cols{std::vector<int32_t>(nw), std::vector<int32_t>(nw),
+                         std::vector<double>(nw), std::vector<double>(nw)};
     for (int32_t x = 0; x < newWidth; ++x) {
         const double p = x * sx;
-        x0[x] = static_cast<int32_t>(std::floor(p));
-        fx[x] = p - x0[x];
-        gx[x] = 1 - fx[x];
-        x1[x] = x0[x] >= oldW - 1 ? x0[x] : x0[x] + 1;
+        cols.x0[x] = static_cast<int32_t>(std::floor(p));
+        cols.fx[x] = p - cols.x0[x];
+        cols.gx[x] = 1 - cols.fx[x];
+        // The last column is its own right-hand neighbour.
+        cols.x1[x] = cols.x0[x] >= oldW - 1 ? cols.x0[x] : cols.x0[x] + 1;
     }
-    // The blend is (1-fy) * (row mix) + fy * (row mix): each horizontally mixed source row
-    // is computed once and serves every output row that needs it.
-    std::vector<double> mixA(nw * 3);
-    std::vector<double> mixB(nw * 3);
+    bool wide = false;
+#ifdef TOLMAR_HAVE_AVX2_PATH
+    wide = m_allowWideVectors && haveAvx2();
+#endif
+    auto mixRow = [&](int32_t row, std::vector<double>& into) {
+#ifdef TOLMAR_HAVE_AVX2_PATH
+        if (wide)
+            return mixRowAvx2(src.pixel(0, row), cols, into.data(), nw);
+#endif
+        mixRowPlain(src.pixel(0, row), cols, into.data(), nw);
+    };
+    std::vector<double> mixA(nw * 4);
+    std::vector<double> mixB(nw * 4);
     int32_t rowA = -1;
     int32_t rowB = -1;
-    auto mixRow = [&](int32_t sy0, std::vector<double>& into) {
-        const uint8_t* s = src.pixel(0, sy0);
-        double* m = into.data();
-        for (std::size_t x = 0; x < nw; ++x) {
-            const uint8_t* a = s + std::size_t(x0[x]) * 4;
-            const uint8_t* b = s + std::size_t(x1[x]) * 4;
-            for (int c = 0; c < 3; ++c)
-                m[x * 3 + c] = gx[x] * a[c] + fx[x] * b[c];
-        }
-    };
-    std::vector<int32_t> rowValues(nw * 3);
     BitsBuffer out(newWidth, newHeight);
     for (int32_t y = 0; y < newHeight; ++y) {
         const double p = y * sy;
@@ -188,32 +263,15 @@ void cBitFilter::BitsResample(const BitsBuffer& src, int32_t newWidth, int32_t n
             mixRow(y1, mixB);
             rowB = y1;
         }
-        const double* a = mixA.data();
-        const double* b = mixB.data();
-        uint8_t* d = out.pixel(0, y);
-        const uint8_t* s = src.pixel(0, y0);
-        // The vertical blend over the whole row at once, so that it vectorises; the
-        // values are mixes of bytes and stay within 0..255.
-        const std::size_t count = nw * 3;
-        std::size_t i = 0;
-#if defined(__SSE2__)
-        const __m128d vgy = _mm_set1_pd(gy);
-        const __m128d vfy = _mm_set1_pd(fy);
-        for (; i + 2 <= count; i += 2) {
-            const __m128d v = _mm_add_pd(_mm_mul_pd(vgy, _mm_loadu_pd(a + i)),
-                                         _mm_mul_pd(vfy, _mm_loadu_pd(b + i)));
-            const __m128i q = _mm_cvtpd_epi32(v); // nearest, ties to even, like lrint
-            rowValues[i] = _mm_cvtsi128_si32(q);
-            rowValues[i + 1] = _mm_cvtsi128_si32(_mm_shuffle_epi32(q, 1));
+#ifdef TOLMAR_HAVE_AVX2_PATH
+        if (wide) {
+            blendRowAvx2(mixA.data(), mixB.data(), gy, fy, src.pixel(0, y0), cols,
+                         out.pixel(0, y), nw);
+            continue;
         }
 #endif
-        for (; i < count; ++i)
-            rowValues[i] = static_cast<int32_t>(roundEven(gy * a[i] + fy * b[i]));
-        for (std::size_t x = 0; x < nw; ++x) {
-            for (int c = 0; c < 3; ++c)
-                d[x * 4 + c] = clampByte(rowValues[x * 3 + c]);
-            d[x * 4 + 3] = s[std::size_t(x0[x]) * 4 + 3];
-        }
+        blendRowPlain(mixA.data(), mixB.data(), gy, fy, src.pixel(0, y0), cols, out.pixel(0, y),
+                      nw);
     }
     setImage(std::move(out));
 }

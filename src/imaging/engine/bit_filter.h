@@ -41,6 +41,8 @@ public:
     // Hands a finished result back so the next filter can write into it instead of
     // allocating; used only when its shape matches.
     void RecycleBuffer(BitsBuffer&& spare) { m_spare = std::move(spare); }
+    // Lets tests run the plain code where the machine would take the AVX2 one.
+    void AllowWideVectors(bool allow) { m_allowWideVectors = allow; }
 
     // --- size operations: these change the held image ----------------------------------
     void BitsBlack();
@@ -145,6 +147,7 @@ private:
     ProgressFn m_progress;
     std::chrono::steady_clock::time_point m_lastReport;
     std::mt19937_64 m_random{0x746f6c6d6172ULL};
+    bool m_allowWideVectors = true;
 };
 
 } // namespace tolmar::imaging

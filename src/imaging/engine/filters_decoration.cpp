@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 namespace tolmar::imaging {
 
@@ -97,13 +98,23 @@ BitsBuffer cBitFilter::Grid(int32_t stepX, int32_t stepY, bool both, Colour colo
             t[c][v] = clampByte(roundEven((1 - a) * v + a * col.c[c]));
     return runFilter([&t, stepX, stepY, both](const uint8_t* s, uint8_t* d, int32_t n,
                                                int32_t x0, int32_t y) {
-        const bool rowLine = stepY > 0 && y % stepY == 0;
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const bool on = rowLine || (both && stepX > 0 && (x0 + i) % stepX == 0);
-            for (int c = 0; c < 3; ++c)
-                d[c] = on ? t[c][s[c]] : s[c];
-            d[3] = s[3];
+        auto blend = [&t](const uint8_t* sp, uint8_t* dp) {
+            dp[0] = t[0][sp[0]];
+            dp[1] = t[1][sp[1]];
+            dp[2] = t[2][sp[2]];
+            dp[3] = sp[3];
+        };
+        if (stepY > 0 && y % stepY == 0) {
+            for (int32_t i = 0; i < n; ++i)
+                blend(s + i * 4, d + i * 4);
+            return;
         }
+        // Off the horizontal lines only every stepX-th column changes.
+        std::memcpy(d, s, std::size_t(n) * 4);
+        if (!both || stepX <= 0)
+            return;
+        for (int32_t i = (stepX - x0 % stepX) % stepX; i < n; i += stepX)
+            blend(s + i * 4, d + i * 4);
     });
 }
 
@@ -141,20 +152,27 @@ BitsBuffer cBitFilter::Texturize(const BitsBuffer& texture)
         return runFilter([](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
             std::memcpy(d, s, std::size_t(n) * 4);
         });
-    return runFilter([&texture, tw, th](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0,
-                                         int32_t y) {
+    // c * t / 128 rounded half to even, clamped, for every pair of bytes: 64 KiB.
+    std::vector<uint8_t> product(256 * 256);
+    for (uint32_t t = 0; t < 256; ++t)
+        for (uint32_t c = 0; c < 256; ++c) {
+            const uint32_t p = c * t;
+            const uint32_t q = p >> 7;
+            const uint32_t rem = p & 127;
+            product[t * 256 + c] = clampByte(q + (rem > 64 || (rem == 64 && (q & 1))));
+        }
+    return runFilter([&texture, &product, tw, th](const uint8_t* s, uint8_t* d, int32_t n,
+                                                   int32_t x0, int32_t y) {
         const uint8_t* row = texture.pixel(0, positiveMod(y, th));
+        const uint8_t* pt = product.data();
         int32_t tx = positiveMod(x0, tw);
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const uint8_t* t = row + std::size_t(tx) * 4;
-            for (int c = 0; c < 3; ++c) {
-                // c * t / 128 rounded half to even, in integers: the division is exact.
-                const uint32_t p = uint32_t(s[c]) * t[c];
-                const uint32_t q = p >> 7;
-                const uint32_t rem = p & 127;
-                d[c] = clampByte(q + (rem > 64 || (rem == 64 && (q & 1))));
-            }
-            d[3] = s[3];
+        for (int32_t i = 0; i < n; ++i) {
+            const uint32_t p = loadPixel(s + i * 4);
+            const uint32_t t = loadPixel(row + std::size_t(tx) * 4);
+            storePixel(d + i * 4, uint32_t(pt[(t & 255) << 8 | (p & 255)])
+                                      | uint32_t(pt[(t & 0xFF00) | ((p >> 8) & 255)]) << 8
+                                      | uint32_t(pt[((t >> 8) & 0xFF00) | ((p >> 16) & 255)]) << 16
+                                      | (p & kSpareMask));
             if (++tx == tw)
                 tx = 0;
         }

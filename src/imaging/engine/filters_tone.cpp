@@ -297,19 +297,21 @@ BitsBuffer cBitFilter::SwapRGB(int32_t srcRed, int32_t srcGreen, int32_t srcBlue
                             std::clamp(srcRed, 0, 3)};
     const bool inv[3] = {invBlue, invGreen, invRed};
     const int32_t mask[3] = {maskBlue, maskGreen, maskRed};
-    std::array<Table, 3> t{};
+    // Word tables already shifted to their output byte.
+    std::array<std::array<uint32_t, 256>, 3> t{};
     for (int c = 0; c < 3; ++c)
         for (int i = 0; i < 256; ++i)
-            t[c][i] = static_cast<uint8_t>((inv[c] ? 255 - i : i) & ~mask[c]);
-    return runFilter([&t, src](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
-            const uint8_t b = t[0][s[src[0]]];
-            const uint8_t g = t[1][s[src[1]]];
-            const uint8_t r = t[2][s[src[2]]];
-            d[0] = b;
-            d[1] = g;
-            d[2] = r;
-            d[3] = s[3];
+            t[c][i] = static_cast<uint32_t>(static_cast<uint8_t>((inv[c] ? 255 - i : i) & ~mask[c]))
+                   << (8 * c);
+    const int sh0 = 8 * src[0];
+    const int sh1 = 8 * src[1];
+    const int sh2 = 8 * src[2];
+    return runFilter([&t, sh0, sh1, sh2](const uint8_t* s, uint8_t* d, int32_t n, int32_t,
+                                         int32_t) {
+        for (int32_t i = 0; i < n; ++i) {
+            const uint32_t p = loadPixel(s + i * 4);
+            storePixel(d + i * 4, t[0][(p >> sh0) & 255] | t[1][(p >> sh1) & 255]
+                                      | t[2][(p >> sh2) & 255] | (p & kSpareMask));
         }
     });
 }
