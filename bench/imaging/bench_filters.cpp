@@ -118,7 +118,9 @@ int main(int argc, char** argv)
     };
 
     std::vector<Row> rows;
-    for (const auto& [name, fn] : filters) {
+    for (const auto& entry : filters) {
+        const std::string& name = entry.first;
+        const Filter& fn = entry.second;
         BitsBuffer keep;
         const double fresh = bestMs([&] { keep = fn(); });
         const double reused = bestMs([&] {
@@ -139,7 +141,7 @@ int main(int argc, char** argv)
     };
     std::vector<Match> matches;
     BitsBuffer keep;
-    auto reuse = [&](const std::function<BitsBuffer()>& fn) {
+    [[maybe_unused]] auto reuse = [&](const std::function<BitsBuffer()>& fn) {
         return [&f, &keep, fn] {
             f.RecycleBuffer(std::move(keep));
             keep = fn();

@@ -145,7 +145,7 @@ TEST(Selection, CreateCombinesIntoTheMainRegion)
     sel.CreateRect(15, -5, 30, 3, 2, true); // clipped to the bounds
     int l, t, r, b;
     ASSERT_TRUE(sel.BoundRect(l, t, r, b));
-    EXPECT_EQ(Rect(l, t, r, b), (Rect{2, 0, 20, 8}));
+    EXPECT_EQ((Rect{l, t, r, b}), (Rect{2, 0, 20, 8}));
     sel.CreateRect(0, 0, 3, 3, 5, false); // copy replaces the selection
     EXPECT_EQ(*sel.RegionMain(), Region::fromRect({0, 0, 3, 3}));
 
@@ -169,6 +169,18 @@ TEST(Selection, InvertCropAndOffset)
     sel.Offset(100, 0);
     EXPECT_TRUE(sel.PtInRegion(109, 9));
     EXPECT_FALSE(sel.PtInRegion(9, 9));
+}
+
+TEST(Selection, OffsetStopsAtTheIntegerLimitsInsteadOfWrapping)
+{
+    cBitRegion sel;
+    sel.CreateRect(0, 0, 10, 10, 2, false);
+    sel.Offset(2147483640, 0);
+    int l, t, r, b;
+    ASSERT_TRUE(sel.BoundRect(l, t, r, b));
+    EXPECT_EQ(l, 2147483640);
+    EXPECT_EQ(r, 2147483647); // cut at the limit, not wrapped to a negative coordinate
+    EXPECT_FALSE(sel.PtInRegion(5, 5));
 }
 
 TEST(RegionFile, HeaderAndRectanglesAreLittleEndianIntegers)

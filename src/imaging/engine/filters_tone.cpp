@@ -41,15 +41,37 @@ inline uint8_t greyOf(uint32_t b, uint32_t g, uint32_t r)
     return static_cast<uint8_t>(roundEven(0.222 * r + 0.707 * g + 0.071 * b));
 }
 
-// The luminosity that Equalize sorts by, with its own weights.
-inline uint8_t equalizeLevelOf(uint32_t b, uint32_t g, uint32_t r)
+// round(wr * R + wg * G + wb * B) for n pixels into out, as the double expression reads.
+void weightedLevels(const uint8_t* s, int32_t n, double wr, double wg, double wb, int32_t* out)
 {
-    const uint32_t s = 301 * r + 586 * g + 113 * b;
-    const uint32_t q = s / 1000;
-    const uint32_t rem = s - q * 1000;
-    if (rem != 500) [[likely]]
-        return static_cast<uint8_t>(q + (rem > 500));
-    return static_cast<uint8_t>(roundEven(0.301 * r + 0.586 * g + 0.113 * b));
+    int32_t i = 0;
+#if defined(__SSE2__)
+    // Two pixels per register; cvtpd2dq rounds by the current mode, nearest with ties to
+    // even, exactly as lrint does.
+    const __m128d vr = _mm_set1_pd(wr);
+    const __m128d vg = _mm_set1_pd(wg);
+    const __m128d vb = _mm_set1_pd(wb);
+    const __m128i low = _mm_set1_epi32(0xFF);
+    for (; i + 4 <= n; i += 4) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i * 4));
+        const __m128i b = _mm_and_si128(v, low);
+        const __m128i g = _mm_and_si128(_mm_srli_epi32(v, 8), low);
+        const __m128i r = _mm_and_si128(_mm_srli_epi32(v, 16), low);
+        auto half = [&](__m128i bb, __m128i gg, __m128i rr) {
+            return _mm_cvtpd_epi32(_mm_add_pd(_mm_add_pd(_mm_mul_pd(vr, _mm_cvtepi32_pd(rr)),
+                                                         _mm_mul_pd(vg, _mm_cvtepi32_pd(gg))),
+                                              _mm_mul_pd(vb, _mm_cvtepi32_pd(bb))));
+        };
+        const __m128i y01 = half(b, g, r);
+        const __m128i y23 = half(_mm_shuffle_epi32(b, 0x0E), _mm_shuffle_epi32(g, 0x0E),
+                                 _mm_shuffle_epi32(r, 0x0E));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi64(y01, y23));
+    }
+#endif
+    for (; i < n; ++i) {
+        const uint8_t* p = s + i * 4;
+        out[i] = static_cast<int32_t>(roundEven(wr * p[2] + wg * p[1] + wb * p[0]));
+    }
 }
 
 } // namespace
@@ -371,10 +393,11 @@ BitsBuffer cBitFilter::Noise(int32_t level, bool monochrome)
 BitsBuffer cBitFilter::Equalize()
 {
     std::array<int64_t, 256> hist{};
+    std::vector<int32_t> levels(static_cast<std::size_t>(std::max(m_lastX + 1, 0)));
     for (int32_t y = 0; y <= m_lastY; ++y) {
-        const uint8_t* p = m_bits.pixel(0, y);
-        for (int32_t x = 0; x <= m_lastX; ++x, p += 4)
-            ++hist[equalizeLevelOf(p[0], p[1], p[2])];
+        weightedLevels(m_bits.pixel(0, y), m_lastX + 1, 0.301, 0.586, 0.113, levels.data());
+        for (int32_t level : levels)
+            ++hist[level];
     }
     const int64_t half = int64_t(m_lastX + 1) * (m_lastY + 1) / 2;
     int32_t m = 255;
