@@ -22,7 +22,7 @@ using namespace tolmar::imaging;
 
 namespace {
 
-constexpr int kRuns = 7;
+constexpr int kRuns = 11;
 
 double bestOf1(const std::function<void()>& fn)
 {
@@ -121,6 +121,8 @@ int main(int argc, char** argv)
     for (const auto& entry : filters) {
         const std::string& name = entry.first;
         const Filter& fn = entry.second;
+        if (argc > 3 && name.find(argv[3]) == std::string::npos)
+            continue;
         BitsBuffer keep;
         const double fresh = bestMs([&] { keep = fn(); });
         const double reused = bestMs([&] {
@@ -180,6 +182,8 @@ int main(int argc, char** argv)
                        [&] { cv::bitwise_not(src, dst); }, "bitwise_not"});
 #endif
     for (const Match& m : matches) {
+        if (argc > 3 && m.name.find(argv[3]) == std::string::npos)
+            continue;
         double ours = 1e300;
         double theirs = m.theirs ? 1e300 : -1;
         for (int i = 0; i < kRuns * 2; ++i) {

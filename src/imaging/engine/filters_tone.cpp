@@ -10,8 +10,8 @@
 #include <cstring>
 #include <vector>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
 #endif
 
 namespace tolmar::imaging {
@@ -74,6 +74,63 @@ void weightedLevels(const uint8_t* s, int32_t n, double wr, double wg, double wb
     }
 }
 
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define TOLMAR_HAVE_VBMI_PATH 1
+
+// Byte tables held in registers: vpermi2b looks up 64 bytes at once in 128 entries, two
+// of them and a blend on the top bit cover 256. A run of pixels costs a few instructions
+// per 16 pixels, so the pass runs at memory speed.
+__attribute__((target("avx512f,avx512bw,avx512vbmi"))) inline __m512i
+lookup256(const __m512i* t, __m512i x)
+{
+    const __m512i lo = _mm512_permutex2var_epi8(t[0], x, t[1]);
+    const __m512i hi = _mm512_permutex2var_epi8(t[2], x, t[3]);
+    return _mm512_mask_blend_epi8(_mm512_movepi8_mask(x), lo, hi);
+}
+
+// `from` names, for blue, green and red of the result, the channel each is read from.
+__attribute__((target("avx512f,avx512bw,avx512vbmi"))) void
+tablesVbmi(const uint8_t* s, uint8_t* d, int32_t n, const uint8_t* t0, const uint8_t* t1,
+           const uint8_t* t2, const int32_t* from = nullptr)
+{
+    alignas(64) uint8_t order[64];
+    for (int i = 0; i < 64; ++i)
+        order[i] = static_cast<uint8_t>(i % 4 == 3 || !from ? i : (i & ~3) + from[i % 4]);
+    const __m512i shuffle = _mm512_load_si512(order);
+    const uint8_t* tabs[3] = {t0, t1, t2};
+    __m512i t[3][4];
+    for (int c = 0; c < 3; ++c)
+        for (int k = 0; k < 4; ++k)
+            t[c][k] = _mm512_loadu_si512(tabs[c] + 64 * k);
+    const bool same = t0 == t1 && t1 == t2;
+    // Byte lanes by channel: blue 0, green 1, red 2, spare 3 of every pixel.
+    const __mmask64 green = 0x2222222222222222ull;
+    const __mmask64 red = 0x4444444444444444ull;
+    const __mmask64 spare = 0x8888888888888888ull;
+    const std::size_t bytes = std::size_t(n) * 4;
+    for (std::size_t i = 0; i < bytes; i += 64) {
+        const std::size_t left = bytes - i;
+        const __mmask64 m = left >= 64 ? ~0ull : (1ull << left) - 1;
+        const __m512i raw = _mm512_maskz_loadu_epi8(m, s + i);
+        const __m512i x = from ? _mm512_shuffle_epi8(raw, shuffle) : raw;
+        __m512i out = lookup256(t[0], x);
+        if (!same) {
+            out = _mm512_mask_blend_epi8(green, out, lookup256(t[1], x));
+            out = _mm512_mask_blend_epi8(red, out, lookup256(t[2], x));
+        }
+        out = _mm512_mask_blend_epi8(spare, out, raw);
+        _mm512_mask_storeu_epi8(d + i, m, out);
+    }
+}
+
+bool haveVbmi()
+{
+    static const bool yes = __builtin_cpu_supports("avx512vbmi")
+                         && __builtin_cpu_supports("avx512bw");
+    return yes;
+}
+#endif
+
 } // namespace
 
 BitsBuffer cBitFilter::applyTables(const uint8_t* t0, const uint8_t* t1, const uint8_t* t2,
@@ -82,6 +139,14 @@ BitsBuffer cBitFilter::applyTables(const uint8_t* t0, const uint8_t* t1, const u
     // Tables of whole pixel words: lookups ORed together and one store per pixel instead
     // of four byte stores. On a large image blue and green share one 64K-entry table, so
     // that a pixel costs two lookups; building it is worth it only past some 100K pixels.
+#ifdef TOLMAR_HAVE_VBMI_PATH
+    if (m_allowWideVectors && haveVbmi())
+        return runFilter(
+            [t0, t1, t2](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+                tablesVbmi(s, d, n, t0, t1, t2);
+            },
+            0, yStep);
+#endif
     std::array<uint32_t, 256 * 3> w{};
     for (int i = 0; i < 256; ++i) {
         w[i] = t0[i];
@@ -319,6 +384,18 @@ BitsBuffer cBitFilter::SwapRGB(int32_t srcRed, int32_t srcGreen, int32_t srcBlue
                             std::clamp(srcRed, 0, 3)};
     const bool inv[3] = {invBlue, invGreen, invRed};
     const int32_t mask[3] = {maskBlue, maskGreen, maskRed};
+#ifdef TOLMAR_HAVE_VBMI_PATH
+    if (m_allowWideVectors && haveVbmi()) {
+        std::array<Table, 3> bt{};
+        for (int c = 0; c < 3; ++c)
+            for (int i = 0; i < 256; ++i)
+                bt[c][i] = static_cast<uint8_t>((inv[c] ? 255 - i : i) & ~mask[c]);
+        return runFilter([&bt, &src](const uint8_t* s, uint8_t* d, int32_t n, int32_t,
+                                     int32_t) {
+            tablesVbmi(s, d, n, bt[0].data(), bt[1].data(), bt[2].data(), src);
+        });
+    }
+#endif
     // Word tables already shifted to their output byte.
     std::array<std::array<uint32_t, 256>, 3> t{};
     for (int c = 0; c < 3; ++c)
@@ -361,7 +438,8 @@ BitsBuffer cBitFilter::Saturation(int32_t percent)
         for (int c = 0; c < 256; ++c)
             t[l * 256 + c] = clampByte(roundEven(c + k * (c - l)));
     return runFilter([&t](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-        for (int32_t i = 0; i < n; ++i) {
+        int32_t i = 0;
+        for (; i < n; ++i) {
             const uint32_t p = loadPixel(s + i * 4);
             const uint32_t b = p & 255;
             const uint32_t g = (p >> 8) & 255;
@@ -392,13 +470,26 @@ BitsBuffer cBitFilter::Noise(int32_t level, bool monochrome)
 
 BitsBuffer cBitFilter::Equalize()
 {
-    std::array<int64_t, 256> hist{};
-    std::vector<int32_t> levels(static_cast<std::size_t>(std::max(m_lastX + 1, 0)));
+    // Four histograms taken in turn: neighbouring pixels often share a level, and one
+    // counter would make each increment wait for the last.
+    std::array<std::array<int64_t, 256>, 4> parts{};
+    const std::size_t width = static_cast<std::size_t>(std::max(m_lastX + 1, 0));
+    std::vector<int32_t> levels(width);
     for (int32_t y = 0; y <= m_lastY; ++y) {
         weightedLevels(m_bits.pixel(0, y), m_lastX + 1, 0.301, 0.586, 0.113, levels.data());
-        for (int32_t level : levels)
-            ++hist[level];
+        std::size_t x = 0;
+        for (; x + 4 <= width; x += 4) {
+            ++parts[0][levels[x]];
+            ++parts[1][levels[x + 1]];
+            ++parts[2][levels[x + 2]];
+            ++parts[3][levels[x + 3]];
+        }
+        for (; x < width; ++x)
+            ++parts[0][levels[x]];
     }
+    std::array<int64_t, 256> hist{};
+    for (int i = 0; i < 256; ++i)
+        hist[i] = parts[0][i] + parts[1][i] + parts[2][i] + parts[3][i];
     const int64_t half = int64_t(m_lastX + 1) * (m_lastY + 1) / 2;
     int32_t m = 255;
     int64_t running = 0;
