@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <cstring>
 
 using namespace tolmar::imaging;
@@ -203,4 +204,30 @@ TEST(Statistics, LuminosityOverTheWholeImageNotTheRegion)
     EXPECT_EQ(f.GetLMax(), mx);
     EXPECT_EQ(f.GetLMin(), mn);
     EXPECT_EQ(f.GetLMed(), sum / 66);
+}
+
+TEST(SizeOperations, ASpareBufferGivesTheSameImageWithCleanGuards)
+{
+    std::mt19937 rng(10);
+    const BitsBuffer img = ref::randomImage(rng, 13, 9);
+    using Op = std::function<void(cBitFilter&)>;
+    const std::vector<std::pair<Op, std::pair<int, int>>> ops = {
+        {[&](cBitFilter& f) { f.BitsResize(img, 6, 5); }, {6, 5}},
+        {[&](cBitFilter& f) { f.BitsResample(img, 6, 5); }, {6, 5}},
+        {[&](cBitFilter& f) { f.BitsRotate90(img); }, {9, 13}},
+        {[&](cBitFilter& f) { f.BitsCrop(img, 2, 1, 8, 6); }, {6, 5}},
+    };
+    for (const auto& [op, size] : ops) {
+        cBitFilter fresh;
+        fresh.Bits(img);
+        op(fresh);
+        cBitFilter reused;
+        reused.Bits(img);
+        // Garbage everywhere, guard pixels included.
+        reused.RecycleBuffer(ref::randomImage(rng, size.first, size.second));
+        op(reused);
+        EXPECT_TRUE(reused.Bits() == fresh.Bits());
+        EXPECT_EQ(reused.Bits().at(2, -1, 0), 0);
+        EXPECT_EQ(reused.Bits().at(0, size.first + 1, size.second + 1), 0);
+    }
 }

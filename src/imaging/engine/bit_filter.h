@@ -41,6 +41,9 @@ public:
     // Hands a finished result back so the next filter can write into it instead of
     // allocating; used only when its shape matches.
     void RecycleBuffer(BitsBuffer&& spare) { m_spare = std::move(spare); }
+    // Moves the held image out, leaving none: the way to hand it back as a spare before
+    // a size operation replaces it.
+    BitsBuffer TakeBits();
     // Lets tests run the plain code where the machine would take the AVX2 one.
     void AllowWideVectors(bool allow) { m_allowWideVectors = allow; }
 
@@ -127,6 +130,7 @@ public:
 
 private:
     BitsBuffer takeResultBuffer();
+    BitsBuffer takeSizedBuffer(int32_t width, int32_t height);
     void reportRow(int32_t y);
     void reportDone();
     BitsBuffer applyTables(const uint8_t* t0, const uint8_t* t1, const uint8_t* t2,

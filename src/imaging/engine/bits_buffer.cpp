@@ -75,6 +75,33 @@ BitsBuffer BitsBuffer::uninitialisedLike(const BitsBuffer& shape)
     return out;
 }
 
+BitsBuffer BitsBuffer::uninitialised(int32_t width, int32_t height, int32_t guard)
+{
+    if (width < 1 || height < 1 || guard < 0)
+        throw std::invalid_argument("BitsBuffer: the image needs at least one pixel");
+    BitsBuffer out;
+    out.allocate(-guard, width - 1 + guard, -guard, height - 1 + guard, false);
+    return out;
+}
+
+void BitsBuffer::clearGuards()
+{
+    if (empty())
+        return;
+    const int32_t guardX = -m_lowX;
+    const int32_t guardY = -m_lowY;
+    const int32_t height = rows() - 2 * guardY;
+    std::memset(m_data.get(), 0, m_stride * static_cast<std::size_t>(guardY));
+    std::memset(m_data.get() + m_stride * static_cast<std::size_t>(guardY + height), 0,
+                m_stride * static_cast<std::size_t>(guardY));
+    const std::size_t side = static_cast<std::size_t>(guardX) * 4;
+    for (int32_t y = 0; y < height; ++y) {
+        uint8_t* r = m_data.get() + m_stride * static_cast<std::size_t>(guardY + y);
+        std::memset(r, 0, side);
+        std::memset(r + m_stride - side, 0, side);
+    }
+}
+
 BitsBuffer BitsBuffer::fromRows(const void* rows, int32_t width, int32_t height,
                                 std::ptrdiff_t strideBytes, int32_t guard)
 {

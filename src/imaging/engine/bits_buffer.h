@@ -27,6 +27,9 @@ public:
 
     // Same bounds as `shape`, contents left undefined: for results that are written whole.
     static BitsBuffer uninitialisedLike(const BitsBuffer& shape);
+    // Contents left undefined; pair with clearGuards() when only the image is written.
+    static BitsBuffer uninitialised(int32_t width, int32_t height, int32_t guard = kGuard);
+    void clearGuards();
 
     // Copies raw 32-bit top-down rows (blue, green, red, spare in memory order) into a
     // buffer with the given guard; `strideBytes` is the distance between two source rows.
