@@ -247,54 +247,65 @@ BitsBuffer cBitFilter::Contrast(int32_t percent)
     const int64_t pixels = int64_t(m_lastX + 1) * (m_lastY + 1);
     const int64_t mean = pixels > 0 ? sum / pixels : 0;
     const double k = (percent + 100) / 100.0;
-    std::array<int64_t, 256> t{};
-    for (int i = 0; i < 256; ++i)
-        t[i] = roundEven((i - mean) * k + mean);
-    // Most pixels need no repair: all three table values already in range.
+    // Table values are held within 2^29 so that the repair below cannot overflow; only a
+    // percent in the millions reaches that bound.
+    constexpr int64_t bound = int64_t(1) << 29;
+    std::array<int32_t, 256> t{};
     std::array<uint8_t, 256> fits{};
     std::array<uint32_t, 256> w{};
     for (int i = 0; i < 256; ++i) {
+        t[i] = static_cast<int32_t>(std::clamp(roundEven((i - mean) * k + mean), -bound, bound));
         fits[i] = t[i] >= 0 && t[i] <= 255;
         w[i] = fits[i] ? static_cast<uint32_t>(t[i]) : 0;
     }
 
-    return runFilter([&t, &fits, &w](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+    return runFilter([&t, &fits, &w](const uint8_t* s, uint8_t* d, int32_t n, int32_t,
+                                     int32_t) {
         for (int32_t i = 0; i < n; ++i, s += 4, d += 4) {
             const uint32_t p = loadPixel(s);
+            // Most pixels need no repair: all three table values already in range.
             if (fits[p & 255] & fits[(p >> 8) & 255] & fits[(p >> 16) & 255]) {
                 storePixel(d, w[p & 255] | w[(p >> 8) & 255] << 8 | w[(p >> 16) & 255] << 16
                                   | (p & kSpareMask));
                 continue;
             }
-            int64_t v[3] = {t[s[0]], t[s[1]], t[s[2]]};
+            int32_t v0 = t[p & 255];
+            int32_t v1 = t[(p >> 8) & 255];
+            int32_t v2 = t[(p >> 16) & 255];
             // Out-of-range channels hand half their excess to the others until all fit,
-            // which keeps the hue where a clamp would bleach it. The excess halves each
-            // round, so the loop ends; the bound is only a guard.
-            for (int round = 0; round < 200; ++round) {
-                const bool in0 = v[0] >= 0 && v[0] <= 255;
-                const bool in1 = v[1] >= 0 && v[1] <= 255;
-                const bool in2 = v[2] >= 0 && v[2] <= 255;
-                if (in0 && in1 && in2)
-                    break;
-                if (v[0] < 1 && v[1] < 1 && v[2] < 1) {
-                    v[0] = v[1] = v[2] = 0;
+            // which keeps the hue where a clamp would bleach it. Each round halves the
+            // excess, so the loop ends. A negative value reads as a huge unsigned one.
+            while ((uint32_t(v0) | uint32_t(v1) | uint32_t(v2)) > 255) {
+                if (v0 < 1 && v1 < 1 && v2 < 1) {
+                    v0 = v1 = v2 = 0;
                     break;
                 }
-                if (v[0] >= 255 && v[1] >= 255 && v[2] >= 255) {
-                    v[0] = v[1] = v[2] = 255;
+                if (v0 >= 255 && v1 >= 255 && v2 >= 255) {
+                    v0 = v1 = v2 = 255;
                     break;
                 }
-                const int c = !in0 ? 0 : (!in1 ? 1 : 2);
-                const int64_t limit = v[c] < 0 ? 0 : 255;
-                const int64_t half = (v[c] - limit) / 2;
-                v[c] = limit;
-                v[(c + 1) % 3] += half;
-                v[(c + 2) % 3] += half;
+                if (uint32_t(v0) > 255) {
+                    const int32_t limit = v0 < 0 ? 0 : 255;
+                    const int32_t half = (v0 - limit) / 2;
+                    v0 = limit;
+                    v1 += half;
+                    v2 += half;
+                } else if (uint32_t(v1) > 255) {
+                    const int32_t limit = v1 < 0 ? 0 : 255;
+                    const int32_t half = (v1 - limit) / 2;
+                    v1 = limit;
+                    v0 += half;
+                    v2 += half;
+                } else {
+                    const int32_t limit = v2 < 0 ? 0 : 255;
+                    const int32_t half = (v2 - limit) / 2;
+                    v2 = limit;
+                    v0 += half;
+                    v1 += half;
+                }
             }
-            d[0] = clampByte(v[0]);
-            d[1] = clampByte(v[1]);
-            d[2] = clampByte(v[2]);
-            d[3] = s[3];
+            storePixel(d, uint32_t(v0) | uint32_t(v1) << 8 | uint32_t(v2) << 16
+                              | (p & kSpareMask));
         }
     });
 }
