@@ -9,6 +9,8 @@
 #include <QMap>
 #include <QString>
 
+#include <memory>
+
 namespace tolmar {
 
 inline constexpr int kVersionMajor = 21;
@@ -110,6 +112,10 @@ struct Session {
     bool newWorkFlag = false;
     bool debtShown = false;
     double pendingFee = 0;
+
+    // The coded diagnoses (vwICD), read once a run and shared by every screen that needs
+    // them (core/diagnoses.h).
+    std::shared_ptr<const db::Result> diagnosisList;
 
     // The activity row of this run.
     int activitySNo = 0;
