@@ -76,7 +76,7 @@ db::Result GetAccountsInfoByCash(db::Connection& accounting, const QString& coyI
                        "g.GroupName, g.GroupMin, g.GroupMax, g.isContra, a.AccountOpAmt, "
                        "a.AccountClAmt FROM ChartOfAccounts a "
                        "JOIN AccountGroups g ON g.GroupID = a.groupID "
-                       "WHERE a.CoyID = ? AND (? = '' OR upper(a.AccountName) = upper(?)) "
+                       "WHERE a.CoyID = ? AND (COALESCE(?, '') = '' OR upper(a.AccountName) = upper(?)) "
                        "ORDER BY a.AccountID"),
         {coyID, accountName.trimmed(), accountName.trimmed()});
 }

@@ -101,7 +101,7 @@ void frmRetainership::fillGrid()
     runCommand(this, m_ctx, [this] {
         const QString filter = m_search->text();
         QAbstractItemModel* old = m_model;
-        m_model = m_ctx.db().gridModel(Retainership::listSql(!filter.isEmpty()),
+        m_model = gridDb().gridModel(Retainership::listSql(!filter.isEmpty()),
                                        Retainership::listParams(filter), this);
         m_grid->setModel(m_model);
         delete old;
@@ -237,6 +237,19 @@ void frmRetainership::chooseAccount()
         {{QStringLiteral("caller"), QStringLiteral("frmRetainership")},
          {QStringLiteral("callerWidget"), QVariant::fromValue<QObject*>(this)},
          {QStringLiteral("group"), m_ctx.session().defaults.Acct_Receivable}});
+}
+
+frmRetainership::~frmRetainership()
+{
+    // The grid's rows come from m_gridDb, which goes first among the members.
+    delete m_model;
+}
+
+db::Connection& frmRetainership::gridDb()
+{
+    if (!m_gridDb)
+        m_gridDb = m_ctx.openConnection();
+    return *m_gridDb;
 }
 
 TOLMAR_REGISTER_SCREEN(frmRetainership)

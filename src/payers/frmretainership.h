@@ -1,8 +1,12 @@
 #pragma once
 // "Company Information": the payers, with their amounts and posting account.
 
+#include "platform/db.h"
+
 #include <QVariantMap>
 #include <QWidget>
+
+#include <memory>
 
 class QAbstractItemModel;
 class QComboBox;
@@ -18,6 +22,7 @@ class frmRetainership : public QWidget {
     Q_OBJECT
 public:
     frmRetainership(AppContext& ctx, const QVariantMap& args = {}, QWidget* parent = nullptr);
+    ~frmRetainership() override;
 
     enum class Mode { View, Add, Edit };
     Mode mode() const { return m_mode; }
@@ -35,6 +40,10 @@ private:
     void chooseAccount();
     QString currentCell(const QString& column) const;
 
+    // The grid reads on a connection of its own: on SQLite a grid that has not fetched
+    // all its rows holds a read snapshot, and the commands' reads must not see through it.
+    db::Connection& gridDb();
+    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     QLineEdit* m_name;
     QComboBox* m_client;

@@ -1,8 +1,12 @@
 #pragma once
 // "Update DB for HMO Client Information": the HMOs and the scheme rows written for them.
 
+#include "platform/db.h"
+
 #include <QVariantMap>
 #include <QWidget>
+
+#include <memory>
 
 class QAbstractItemModel;
 class QListWidget;
@@ -17,6 +21,7 @@ class frmRetainershipUpdDB : public QWidget {
 public:
     frmRetainershipUpdDB(AppContext& ctx, const QVariantMap& args = {},
                          QWidget* parent = nullptr);
+    ~frmRetainershipUpdDB() override;
 
 public slots:
     void fillGrid();
@@ -26,6 +31,10 @@ private:
     void save();
     void removeCurrent();
 
+    // The grid reads on a connection of its own: on SQLite a grid that has not fetched
+    // all its rows holds a read snapshot, and the commands' reads must not see through it.
+    db::Connection& gridDb();
+    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     QTableView* m_grid;
     QAbstractItemModel* m_model = nullptr;

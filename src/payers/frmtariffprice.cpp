@@ -192,7 +192,12 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
     clearFields();
 }
 
-TariffPriceScreen::~TariffPriceScreen() = default;
+TariffPriceScreen::~TariffPriceScreen()
+{
+    // The grid's rows come from m_gridDb, which goes first among the members.
+    delete m_cells;
+    delete m_rows;
+}
 
 void TariffPriceScreen::fillPayers()
 {
@@ -240,7 +245,7 @@ void TariffPriceScreen::fillGridHMO()
         const QString category = m_invi ? m_invi->text() : QString();
         QAbstractItemModel* oldRows = m_rows;
         PriceCellModel* oldCells = m_cells;
-        m_rows = m_ctx.db().gridModel(
+        m_rows = gridDb().gridModel(
             m_list->gridSql(!searchText.isEmpty(), !category.isEmpty()),
             TariffList::gridParams(m_coyID, searchText, category), this);
         m_cells = new PriceCellModel(this);
@@ -440,6 +445,13 @@ bool TariffPriceScreen::cellPriceTyped(int row, const QString& price)
         });
     }
     return stored;
+}
+
+db::Connection& TariffPriceScreen::gridDb()
+{
+    if (!m_gridDb)
+        m_gridDb = m_ctx.openConnection();
+    return *m_gridDb;
 }
 
 frmDrugPriceHMO::frmDrugPriceHMO(AppContext& ctx, const QVariantMap&, QWidget* parent)

@@ -2,8 +2,12 @@
 // The three price-list screens ("Drugs", "Investigations", "Services"): one screen over a
 // TariffKind, registered under the three names.
 
+#include "platform/db.h"
+
 #include <QVariantMap>
 #include <QWidget>
+
+#include <memory>
 
 class QAbstractItemModel;
 class QCheckBox;
@@ -51,6 +55,10 @@ private:
     void seekRow(qint64 sno);
     QString cell(int row, const QString& column) const;
 
+    // The grid reads on a connection of its own: on SQLite a grid that has not fetched
+    // all its rows holds a read snapshot, and the commands' reads must not see through it.
+    db::Connection& gridDb();
+    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     std::unique_ptr<TariffList> m_list;
     QString m_coyID;  // the payer whose list is shown
