@@ -6,9 +6,6 @@
 
 INSERT INTO hClientType (clientType) VALUES ('FFS'), ('PHIS');
 
-INSERT INTO billingPrice (clientCatID, clientCat, clientType) VALUES
-    ('FFS', 'FEE FOR SERVICE', 'FFS');
-
 INSERT INTO AppDefaults (ID, IDVal) VALUES ('Acct_Receivable', '1200');
 
 INSERT INTO hRetainership (retainID, retainCode, retainName, ClientType, clientCatID, Contact,
