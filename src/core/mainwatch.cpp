@@ -45,21 +45,23 @@ bool MainWatch::referralBookDue(const QDate& serverDate)
 {
     return !m_ctx.db()
                 .query(QStringLiteral("select * from vwHReferal "
-                                      "where appDate = ? and AttendedToByRec = ? LIMIT 1"),
+                                      "where ApptDate = ? and AttendedToByRec = ? LIMIT 1"),
                        {serverDate, QStringLiteral("NO")})
                 .empty();
 }
 
 void MainWatch::verifyApptDate(QString& notice, const QDate& today)
 {
-    if (!m_ctx.db().query(QStringLiteral("select * from qryhAppt where ApptDate = ? LIMIT 1"), {today})
+    if (!m_ctx.db()
+             .query(QStringLiteral("select * from qryhAppt where ApptDate = ? LIMIT 1"), {today})
              .empty())
         addNoticeLine(notice, QStringLiteral("--Some Patients Appt Date is Due Today--"));
 }
 
 void MainWatch::verifyDueDelivery(QString& notice, const QDate& today)
 {
-    if (!m_ctx.db().query(QStringLiteral("select * from qryhVisits where recdate = ? LIMIT 1"), {today})
+    if (!m_ctx.db()
+             .query(QStringLiteral("select * from qryhVisits where recdate = ? LIMIT 1"), {today})
              .empty())
         addNoticeLine(notice, QStringLiteral("--There are Visits to the clinic Today--"));
 }

@@ -1,7 +1,9 @@
 #include "core/mditolmar.h"
 
+#include "core/activitylog.h"
 #include "core/appcontext.h"
 #include "core/command.h"
+#include "core/idgen.h"
 #include "core/mainwatch.h"
 #include "core/screenhost.h"
 #include "patients/cardexpiry.h"
@@ -36,11 +38,12 @@ const QColor kRed(0xFF, 0x00, 0x00);
 const QColor kCyan(0x00, 0xFF, 0xFF);
 const QColor kWhite(0xFF, 0xFF, 0xFF);
 
+// A button flashes its face; a strip or a label its background. Setting only the role
+// that shows keeps the strip's colour from spreading to the buttons on it.
 void setBackground(QWidget* w, const QColor& c)
 {
     QPalette p = w->palette();
-    p.setColor(QPalette::Window, c);
-    p.setColor(QPalette::Button, c);
+    p.setColor(qobject_cast<QAbstractButton*>(w) ? QPalette::Button : QPalette::Window, c);
     w->setPalette(p);
     w->setAutoFillBackground(true);
 }
@@ -49,7 +52,6 @@ void setForeground(QWidget* w, const QColor& c)
 {
     QPalette p = w->palette();
     p.setColor(QPalette::WindowText, c);
-    p.setColor(QPalette::ButtonText, c);
     w->setPalette(p);
 }
 
@@ -147,8 +149,8 @@ void MdiTolmar::buildMenus()
     file->addSeparator();
     screenEntry(file, S("mnuPRA"), S("Patient Residential Areas"), S("frmAreas"));
     file->addSeparator();
-    entry(file, S("mnuUAID"), S("Update Attendnace ID"));
-    entry(file, S("mnuUPID"), S("Update Patient ID"));
+    entry(file, S("mnuUAID"), S("Update Attendnace ID"), [this] { updateAttendanceID(m_ctx); });
+    entry(file, S("mnuUPID"), S("Update Patient ID"), [this] { updatePatientID(m_ctx); });
     entry(file, S("mnuRDef"), S("Reload Defaults"), [this] {
         if (m_ctx.rerunStartup)
             m_ctx.rerunStartup();
@@ -213,7 +215,7 @@ void MdiTolmar::buildMenus()
                 S("FrmRptAttendBydoctor"));
     screenEntry(rep, S("mnuPRBGP"), S("Patients' Referal by GP"), S("FrmRptReferalBydoctor"));
     entry(rep, S("mnuRptSB"), S("Daily  Attendance"),
-          [this] { menuReport(int(R::DailyAttendance)); });
+          [this] { menuReport(R::DailyAttendance); });
     QMenu* attend = rep->addMenu(S("Attendance Analysis"));
     attend->setObjectName(S("mnuAttend"));
     attend->menuAction()->setObjectName(S("mnuAttend"));
@@ -222,15 +224,15 @@ void MdiTolmar::buildMenus()
     screenEntry(attend, S("mnuAttendDoc"), S("By Doctor"), S("FrmRptAttendBydoctor"));
     screenEntry(attend, S("mnuABNS"), S("By Numerical Strength"), S("FrmRptAttendByStrength"));
     entry(rep, S("mnuDR"), S("Daily Registration"),
-          [this] { menuReport(int(R::DailyRegistration)); });
+          [this] { menuReport(R::DailyRegistration); });
     entry(rep, S("mnuPOA"), S("Patients Currently on Admission"),
-          [this] { menuReport(int(R::OnAdmission)); });
+          [this] { menuReport(R::OnAdmission); });
     rep->addSeparator();
     entry(rep, S("mnuBFT"), S("Bills for Today"));
     entry(rep, S("mnuINC"), S("Income for Today"),
-          [this] { menuReport(int(R::IncomeForToday)); });
+          [this] { menuReport(R::IncomeForToday); });
     entry(rep, S("mnuHMONHIS"), S("HMO && NHIS Enrollees"),
-          [this] { menuReport(int(R::HmoEnrollees)); });
+          [this] { menuReport(R::HmoEnrollees); });
     screenEntry(rep, S("mnuConDet"), S("Consultation Details"), S("rptPanelCon"));
     screenEntry(rep, S("mnuMRpts"), S("More Reports...."), S("rptPanelRec"));
     rep->addSeparator();
@@ -386,6 +388,8 @@ void MdiTolmar::load()
     // 3.
     m_cmdExpired->setVisible(AppDefaults::isYes(s.defaults.Admission_Limit_Exists));
     m_cmdLoc->setVisible(AppDefaults::isYes(s.defaults.App_Location_Change));
+    // 4. Once per run: "Reload Defaults" runs the start-up routine, not this load.
+    openActivityRow(m_ctx, false, false, s.loginRole);
     // 5.
     m_logOff->setText(QStringLiteral("Log Off %1").arg(s.userName));
     // 6.
@@ -657,9 +661,9 @@ void MdiTolmar::sendMail()
     openScreen(QStringLiteral("frmMail"));
 }
 
-void MdiTolmar::menuReport(int which)
+void MdiTolmar::menuReport(reports::MenuReport which)
 {
-    const auto found = reports::runMenuReport(m_ctx, reports::MenuReport(which));
+    const auto found = reports::runMenuReport(m_ctx, which);
     reports::showListReport(m_ctx, found.layout, found.rows, found.caption);
 }
 
@@ -735,8 +739,7 @@ void MdiTolmar::tileWindows(Qt::Orientation along)
 
 void MdiTolmar::endRun(bool autoLogoff, const QString& remarks)
 {
-    Q_UNUSED(autoLogoff);
-    Q_UNUSED(remarks);
+    closeActivityRow(m_ctx, true, autoLogoff, remarks);
     m_ending = true;
     m_ctx.endProcess(0);
 }

@@ -21,6 +21,9 @@ namespace tolmar {
 
 class AppContext;
 class MainWatch;
+namespace reports {
+enum class MenuReport;
+}
 class SoundPlayer;
 
 class MdiTolmar : public QMainWindow {
@@ -93,7 +96,7 @@ private:
     void cmdLocClick();
     void cmdFeeClick(const QString& screen);
     void sendMail();
-    void menuReport(int which);
+    void menuReport(reports::MenuReport which);
     void printActiveWindow();
 
     AppContext& m_ctx;

@@ -10,7 +10,6 @@
 #include <QPrinter>
 
 #include <algorithm>
-#include <numeric>
 #include <stdexcept>
 
 namespace tolmar::report {

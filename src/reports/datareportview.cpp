@@ -5,18 +5,23 @@
 #include "core/ui/formbuilder.h"
 #include "platform/prompt.h"
 
+#include <QAbstractScrollArea>
 #include <QLabel>
+#include <QScrollBar>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace tolmar {
 
 DataReportView::DataReportView(AppContext& ctx, const QString& layoutName,
                                report::ListDocument document, QWidget* parent)
-    : QWidget(parent), m_ctx(ctx), m_doc(std::move(document)),
+    : QWidget(parent),
+      m_ctx(ctx),
+      m_doc(std::move(document)),
       m_printer(std::make_unique<QPrinter>(QPrinter::ScreenResolution))
 {
     setObjectName(layoutName);
@@ -41,6 +46,14 @@ DataReportView::DataReportView(AppContext& ctx, const QString& layoutName,
     connect(m_preview, &QPrintPreviewWidget::paintRequested, this,
             [this](QPrinter* printer) { report::paint(m_doc, *printer); });
     connect(m_preview, &QPrintPreviewWidget::previewChanged, this, [this, pages] {
+        // The first page in view once the pages are laid out, whatever the zoom did.
+        if (!m_shownFirstPage) {
+            m_shownFirstPage = true;
+            QTimer::singleShot(0, m_preview, [this] {
+                if (auto* view = m_preview->findChild<QAbstractScrollArea*>())
+                    view->verticalScrollBar()->setValue(0);
+            });
+        }
         pages->setText(QStringLiteral("%1 page(s), %2 record(s)")
                            .arg(m_preview->pageCount())
                            .arg(m_doc.rows.size()));
@@ -73,7 +86,8 @@ void DataReportView::exportPdf()
         suggested.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9 _-]")), QString());
         const QString path = m_ctx.prompter().saveFile(
             QStringLiteral("Export to PDF"), QStringLiteral("PDF files (*.pdf)"),
-            suggested.isEmpty() ? QStringLiteral("report.pdf") : suggested + QStringLiteral(".pdf"));
+            suggested.isEmpty() ? QStringLiteral("report.pdf")
+                                : suggested + QStringLiteral(".pdf"));
         if (path.isEmpty())
             return;
         auto busy = m_ctx.prompter().busy();

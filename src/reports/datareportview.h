@@ -37,6 +37,7 @@ private:
     report::ListDocument m_doc;
     std::unique_ptr<QPrinter> m_printer;
     QPrintPreviewWidget* m_preview;
+    bool m_shownFirstPage = false;
 };
 
 }  // namespace tolmar

@@ -2,8 +2,6 @@
 
 #include "core/formats.h"
 
-#include <QHash>
-
 namespace tolmar::reports {
 
 namespace {

@@ -107,6 +107,14 @@ DataReportView* showListReport(AppContext& ctx, const QString& layoutName,
                 sub->close();
     }
     ctx.screens().show(view);
+    // A list reads best large: the report takes most of the frame.
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(view->parentWidget())) {
+        if (QMdiArea* area = sub->mdiArea()) {
+            const QSize room = area->viewport()->size();
+            sub->resize(room.boundedTo(QSize(1040, 760)).expandedTo(QSize(640, 420)));
+            sub->move(0, 0);
+        }
+    }
     return view;
 }
 
