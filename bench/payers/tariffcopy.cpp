@@ -31,7 +31,10 @@ double median(std::vector<double> v)
     return v[v.size() / 2];
 }
 
-QString payerCode(int i) { return QStringLiteral("B%1").arg(i, 3, 10, QLatin1Char('0')); }
+QString payerCode(int i)
+{
+    return QStringLiteral("B%1").arg(i, 3, 10, QLatin1Char('0'));
+}
 
 class Bench {
 public:
@@ -48,8 +51,9 @@ public:
         db::Transaction tx(*c);
         // Exactly n items, and no followers but the bench's own.
         c->exec(QStringLiteral("DELETE FROM DrugNHIS WHERE Company = ?"), {kSource});
-        c->exec(QStringLiteral("DELETE FROM DrugNHISListEntered WHERE useTariff = ? AND CoyID <> ?"),
-                {kSource, kSource});
+        c->exec(
+            QStringLiteral("DELETE FROM DrugNHISListEntered WHERE useTariff = ? AND CoyID <> ?"),
+            {kSource, kSource});
         for (int i = 0; i < n; ++i)
             c->exec(QStringLiteral("INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, "
                                    "CoyName, pharmCat, Remarks, Capitated, tariffStatus) "
@@ -104,10 +108,13 @@ public:
         list.editPrice(e);
         const double ms = double(t.nsecsElapsed()) / 1e6;
         // Every follower must have taken the new price at its factor.
-        const int passedOn = m_ctx.db().scalar(
-            QStringLiteral("SELECT count(*) FROM DrugNHIS WHERE drgName = ? AND Company <> ? "
-                           "AND abs(Price - ?) < 0.001"),
-            {e.item, kSource, (500 + round) * 0.85}).toInt();
+        const int passedOn =
+            m_ctx.db()
+                .scalar(QStringLiteral(
+                            "SELECT count(*) FROM DrugNHIS WHERE drgName = ? AND Company <> ? "
+                            "AND abs(Price - ?) < 0.001"),
+                        {e.item, kSource, (500 + round) * 0.85})
+                .toInt();
         if (passedOn != m_followers)
             throw std::runtime_error("the price edit did not reach every follower");
         return ms;
@@ -132,7 +139,8 @@ db::ServerConfig makeDatabase(const QString& backend, const QString& tag, QTempo
         if (pg.isEmpty())
             throw std::runtime_error("set TOLMAR_TEST_PG=host:port for PostgreSQL");
         *pgName = QStringLiteral("tolmar_bench_payers_%1_%2")
-                      .arg(tag).arg(QCoreApplication::applicationPid());
+                      .arg(tag)
+                      .arg(QCoreApplication::applicationPid());
         o.server = pg + QLatin1Char('/') + *pgName;
         createDemoWorkspace(o);
         return db::ServerConfig::fromServerName(o.server);
@@ -197,14 +205,17 @@ int main(int argc, char** argv)
     QTemporaryDir dir;
     try {
         const Figures base = run(backend, QStringLiteral("base"), dir, 500, 1, rounds);
-        const Figures big = run(backend, QStringLiteral("big"), dir, kListSize, kFollowers, rounds);
+        const Figures big =
+            run(backend, QStringLiteral("big"), dir, kListSize, kFollowers, rounds);
         std::printf("backend %s, median of %d rounds\n", backend.toUtf8().constData(), rounds);
-        std::printf("copy of a list:  baseline 500 items %.1f ms; %d items %.1f ms "
-                    "(ratio %.2f for 10x the rows)\n",
-                    base.copyMs, kListSize, big.copyMs, big.copyMs / base.copyMs);
-        std::printf("price pass-on:   baseline 1 follower %.1f ms; %d followers of %d items "
-                    "%.1f ms (ratio %.2f)\n",
-                    base.editMs, kFollowers, kListSize, big.editMs, big.editMs / base.editMs);
+        std::printf(
+            "copy of a list:  baseline 500 items %.1f ms; %d items %.1f ms "
+            "(ratio %.2f for 10x the rows)\n",
+            base.copyMs, kListSize, big.copyMs, big.copyMs / base.copyMs);
+        std::printf(
+            "price pass-on:   baseline 1 follower %.1f ms; %d followers of %d items "
+            "%.1f ms (ratio %.2f)\n",
+            base.editMs, kFollowers, kListSize, big.editMs, big.editMs / base.editMs);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "failed: %s\n", e.what());
         return 1;

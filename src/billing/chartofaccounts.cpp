@@ -22,9 +22,9 @@ QString nextNumberInGroup(db::Connection& accounting, const QString& groupID, qi
             highest = n;
     }
     if (highest >= max)
-        throw std::runtime_error(
-            QStringLiteral("Account group %1 has no account numbers left").arg(groupID)
-                .toStdString());
+        throw std::runtime_error(QStringLiteral("Account group %1 has no account numbers left")
+                                     .arg(groupID)
+                                     .toStdString());
     return QString::number(highest + 1);
 }
 
@@ -39,11 +39,11 @@ QString ChartOfAccounts_INSERT(db::Connection& accounting, const AccountOpening&
     if (!group)
         throw std::runtime_error(
             QStringLiteral("Account group %1 does not exist").arg(a.GroupID).toStdString());
-    const QString number = a.AccountNo.trimmed().isEmpty() || a.AccountNo == kLedgerAssignsNumber
-                               ? nextNumberInGroup(accounting, a.GroupID,
-                                                   group->toLongLong(u"GroupMin"),
-                                                   group->toLongLong(u"GroupMax"))
-                               : a.AccountNo.trimmed();
+    const QString number =
+        a.AccountNo.trimmed().isEmpty() || a.AccountNo == kLedgerAssignsNumber
+            ? nextNumberInGroup(accounting, a.GroupID, group->toLongLong(u"GroupMin"),
+                                group->toLongLong(u"GroupMax"))
+            : a.AccountNo.trimmed();
     accounting.exec(QStringLiteral("INSERT INTO ChartOfAccountMaster (AccountID, CoyID, "
                                    "CreatedBy, CreatedOn) VALUES (?, ?, ?, ?)"),
                     {number, a.CoyID, a.UserName, a.OpenedOn});
@@ -52,10 +52,9 @@ QString ChartOfAccounts_INSERT(db::Connection& accounting, const AccountOpening&
                        "AccountOpAmt, AccountClAmt, AccountCat, AccountDesc, AccountAddress, "
                        "AccountSalesTaxNo, Period, CoyID, UserName, ExtID, ExtIDType) "
                        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-        {number, a.AccountName.left(1000), a.GroupID, a.AccountOpAmt, a.AccountClAmt,
-         a.AccountCat, a.AccountDesc.left(100), a.AccountAddress, a.AccountSalesTaxNo,
-         a.Period.left(100), a.CoyID.left(100), a.UserName.left(100), a.ExtID.left(100),
-         a.ExtIDType.left(100)});
+        {number, a.AccountName.left(1000), a.GroupID, a.AccountOpAmt, a.AccountClAmt, a.AccountCat,
+         a.AccountDesc.left(100), a.AccountAddress, a.AccountSalesTaxNo, a.Period.left(100),
+         a.CoyID.left(100), a.UserName.left(100), a.ExtID.left(100), a.ExtIDType.left(100)});
     tx.commit();
     return number;
 }
@@ -68,16 +67,17 @@ db::Result GetAccountsInfoByCash(db::Connection& accounting, const QString& coyI
                        "PeriodName = ? LIMIT 1"),
         {coyID, period});
     if (!known.isValid())
-        throw std::runtime_error(
-            QStringLiteral("Period %1 does not exist for company %2").arg(period, coyID)
-                .toStdString());
+        throw std::runtime_error(QStringLiteral("Period %1 does not exist for company %2")
+                                     .arg(period, coyID)
+                                     .toStdString());
     return accounting.query(
-        QStringLiteral("SELECT a.SNo AS SNO, a.AccountID, a.AccountName, g.GroupID, "
-                       "g.GroupName, g.GroupMin, g.GroupMax, g.isContra, a.AccountOpAmt, "
-                       "a.AccountClAmt FROM ChartOfAccounts a "
-                       "JOIN AccountGroups g ON g.GroupID = a.groupID "
-                       "WHERE a.CoyID = ? AND (COALESCE(?, '') = '' OR upper(a.AccountName) = upper(?)) "
-                       "ORDER BY a.AccountID"),
+        QStringLiteral(
+            "SELECT a.SNo AS SNO, a.AccountID, a.AccountName, g.GroupID, "
+            "g.GroupName, g.GroupMin, g.GroupMax, g.isContra, a.AccountOpAmt, "
+            "a.AccountClAmt FROM ChartOfAccounts a "
+            "JOIN AccountGroups g ON g.GroupID = a.groupID "
+            "WHERE a.CoyID = ? AND (COALESCE(?, '') = '' OR upper(a.AccountName) = upper(?)) "
+            "ORDER BY a.AccountID"),
         {coyID, accountName.trimmed(), accountName.trimmed()});
 }
 

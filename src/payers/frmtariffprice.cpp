@@ -93,7 +93,10 @@ QWidget* withSuffix(QWidget* control, const QString& suffix, QWidget* parent)
     return box;
 }
 
-QString entry(const Payer& p) { return listentry::make(p.name, p.coyID); }
+QString entry(const Payer& p)
+{
+    return listentry::make(p.name, p.coyID);
+}
 
 }  // namespace
 
@@ -102,8 +105,8 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
 {
     setWindowTitle(kind.title);
     ui::FormBuilder f(this);
-    m_template = f.section(QStringLiteral("Create Tariff Template Section"),
-                           QStringLiteral("Frame2"));
+    m_template =
+        f.section(QStringLiteral("Create Tariff Template Section"), QStringLiteral("Frame2"));
     m_hmo = f.combo(QStringLiteral("cboHMO"), QStringLiteral("Template for"));
     m_own = f.combo(QStringLiteral("cboDrug"), QStringLiteral("Has Own Tariff?"));
     m_use = new QComboBox(this);
@@ -116,7 +119,8 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
     m_pcent->setInsertPolicy(QComboBox::NoInsert);
     f.field(withSuffix(m_pcent, QStringLiteral("%"), this), QStringLiteral("fraPCent"),
             QStringLiteral("Percentage"));
-    m_del = f.check(QStringLiteral("chkDel"), QStringLiteral("Delete Existing Tariff for this Company"));
+    m_del = f.check(QStringLiteral("chkDel"),
+                    QStringLiteral("Delete Existing Tariff for this Company"));
     m_show = f.check(QStringLiteral("chkShow"), QStringLiteral("Show Clients without Tariff"));
     m_add = f.check(QStringLiteral("chkAdd"), QStringLiteral("Add Single Item"));
 
@@ -164,7 +168,8 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
         m_pcent->addItem(QString::number(p));
     m_pcent->setCurrentIndex(-1);
     m_cap->addItems({QStringLiteral("NO"), QStringLiteral("YES")});
-    m_val->addItems({QStringLiteral("FIXED"), QStringLiteral("NEGOTIATE"), QStringLiteral("RECEIPT")});
+    m_val->addItems(
+        {QStringLiteral("FIXED"), QStringLiteral("NEGOTIATE"), QStringLiteral("RECEIPT")});
 
     connect(m_own, &QComboBox::currentIndexChanged, this, &TariffPriceScreen::ownTariffChanged);
     connect(m_hmo, &QComboBox::activated, this, &TariffPriceScreen::payerChosen);
@@ -245,9 +250,8 @@ void TariffPriceScreen::fillGridHMO()
         const QString category = m_invi ? m_invi->text() : QString();
         QAbstractItemModel* oldRows = m_rows;
         PriceCellModel* oldCells = m_cells;
-        m_rows = gridDb().gridModel(
-            m_list->gridSql(!searchText.isEmpty(), !category.isEmpty()),
-            TariffList::gridParams(m_coyID, searchText, category), this);
+        m_rows = gridDb().gridModel(m_list->gridSql(!searchText.isEmpty(), !category.isEmpty()),
+                                    TariffList::gridParams(m_coyID, searchText, category), this);
         m_cells = new PriceCellModel(this);
         m_cells->setSourceModel(m_rows);
         m_cells->onPriceTyped = [this](int row, const QString& price) {

@@ -32,7 +32,6 @@ public:
     ~TariffPriceScreen() override;
 
     bool editing() const { return m_editing; }
-    QString coyID() const { return m_coyID; }
 
 public slots:
     void fillGridHMO();

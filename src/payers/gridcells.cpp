@@ -11,8 +11,9 @@ int columnOf(const QAbstractItemModel* model, const QString& caption)
     if (!model)
         return -1;
     for (int c = 0; c < model->columnCount(); ++c)
-        if (model->headerData(c, Qt::Horizontal).toString().compare(caption, Qt::CaseInsensitive) ==
-            0)
+        if (model->headerData(c, Qt::Horizontal)
+                .toString()
+                .compare(caption, Qt::CaseInsensitive) == 0)
             return c;
     return -1;
 }

@@ -4,7 +4,6 @@
 #include "core/appcontext.h"
 #include "core/audit.h"
 #include "core/command.h"
-#include "core/formats.h"
 #include "core/likepattern.h"
 #include "core/listentry.h"
 

@@ -8,34 +8,13 @@
 
 namespace tolmar {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QString kYes = QStringLiteral("YES");
 const QString kNo = QStringLiteral("NO");
 const QString kFixed = QStringLiteral("FIXED");
-
-TariffKind makeKind(QString screen, QString title, QString type, QString table, QString item,
-                    QString category, bool pharmCat, QString master, QString view,
-                    QString viewItem, QString repriceWord, QString addWord,
-                    QString priceMessage, QString searchMessage, bool byCategory)
-{
-    return TariffKind{std::move(screen),
-                      std::move(title),
-                      std::move(type),
-                      std::move(table),
-                      std::move(item),
-                      std::move(category),
-                      pharmCat,
-                      std::move(master),
-                      std::move(view),
-                      std::move(viewItem),
-                      pharmCat ? QStringLiteral("PharmCat") : QStringLiteral("Remarks"),
-                      QStringLiteral("Tariff %1 Price Updated to: (").arg(repriceWord),
-                      QStringLiteral("Add %1 Tariff for: ").arg(addWord),
-                      std::move(priceMessage),
-                      std::move(searchMessage),
-                      byCategory};
-}
 
 QString percentText(double factor)
 {
@@ -43,8 +22,7 @@ QString percentText(double factor)
     return QString::number(factor * 100, 'g', 6);
 }
 
-void audit(AppContext& ctx, const QString& action, const QString& tranCode,
-           const QString& remarks)
+void audit(AppContext& ctx, const QString& action, const QString& tranCode, const QString& remarks)
 {
     const Session& s = ctx.session();
     SpAudiTrail(ctx, s.userName, action, tranCode, remarks, s.computerName);
@@ -59,38 +37,68 @@ std::optional<double> number(const QString& typed)
 
 }  // namespace
 
+// The table of the three lists.
+
 const TariffKind& TariffKind::drugs()
 {
-    static const TariffKind k = makeKind(
-        QStringLiteral("frmDrugPriceHMO"), QStringLiteral("Drugs"), QStringLiteral("DRUG"),
-        QStringLiteral("DrugNHIS"), QStringLiteral("drgName"), QStringLiteral("drgCatName"),
-        true, QStringLiteral("drugMaster"), QStringLiteral("vwDrugNHIS"), QStringLiteral("Drug"),
-        QStringLiteral("Drug"), QStringLiteral("Drug"), QStringLiteral("Please Specify Drug Price "),
-        QStringLiteral("Specify Company Tariff before Search"), false);
+    static const TariffKind k{.screen = u"frmDrugPriceHMO"_s,
+                              .title = u"Drugs"_s,
+                              .type = u"DRUG"_s,
+                              .table = u"DrugNHIS"_s,
+                              .itemColumn = u"drgName"_s,
+                              .categoryColumn = u"drgCatName"_s,
+                              .hasPharmCat = true,
+                              .master = u"drugMaster"_s,
+                              .view = u"vwDrugNHIS"_s,
+                              .viewItem = u"Drug"_s,
+                              .viewRemarks = u"PharmCat"_s,
+                              .repriceAudit = u"Tariff Drug Price Updated to: ("_s,
+                              .addAudit = u"Add Drug Tariff for: "_s,
+                              .priceMessage = u"Please Specify Drug Price "_s,
+                              .searchMessage = u"Specify Company Tariff before Search"_s,
+                              .byCategory = false};
     return k;
 }
 
 const TariffKind& TariffKind::investigations()
 {
-    static const TariffKind k = makeKind(
-        QStringLiteral("frmLabPriceHMO"), QStringLiteral("Investigations"), QStringLiteral("LAB"),
-        QStringLiteral("LabServiceNHIS"), QStringLiteral("labName"), QStringLiteral("labCatName"),
-        false, QStringLiteral("LabServices"), QStringLiteral("vwLabServiceNHIS"),
-        QStringLiteral("LabItem"), QStringLiteral("Investigation"), QStringLiteral("Lab"),
-        QStringLiteral("Please LAB Price "), QStringLiteral("Specify Company Tariff before Search"),
-        false);
+    static const TariffKind k{.screen = u"frmLabPriceHMO"_s,
+                              .title = u"Investigations"_s,
+                              .type = u"LAB"_s,
+                              .table = u"LabServiceNHIS"_s,
+                              .itemColumn = u"labName"_s,
+                              .categoryColumn = u"labCatName"_s,
+                              .hasPharmCat = false,
+                              .master = u"LabServices"_s,
+                              .view = u"vwLabServiceNHIS"_s,
+                              .viewItem = u"LabItem"_s,
+                              .viewRemarks = u"Remarks"_s,
+                              .repriceAudit = u"Tariff Investigation Price Updated to: ("_s,
+                              .addAudit = u"Add Lab Tariff for: "_s,
+                              .priceMessage = u"Please LAB Price "_s,
+                              .searchMessage = u"Specify Company Tariff before Search"_s,
+                              .byCategory = false};
     return k;
 }
 
 const TariffKind& TariffKind::services()
 {
-    static const TariffKind k = makeKind(
-        QStringLiteral("frmServPriceHMO"), QStringLiteral("Services"), QStringLiteral("SERVICE"),
-        QStringLiteral("hServiceNHIS"), QStringLiteral("ServName"), QStringLiteral("servCatName"),
-        false, QStringLiteral("hServices"), QStringLiteral("vwServiceNHIS"),
-        QStringLiteral("Service"), QStringLiteral("SERVICEs"), QStringLiteral("Service"),
-        QStringLiteral("Please SERVICE Price "),
-        QStringLiteral("Please specify Tariff Company before Search"), true);
+    static const TariffKind k{.screen = u"frmServPriceHMO"_s,
+                              .title = u"Services"_s,
+                              .type = u"SERVICE"_s,
+                              .table = u"hServiceNHIS"_s,
+                              .itemColumn = u"ServName"_s,
+                              .categoryColumn = u"servCatName"_s,
+                              .hasPharmCat = false,
+                              .master = u"hServices"_s,
+                              .view = u"vwServiceNHIS"_s,
+                              .viewItem = u"Service"_s,
+                              .viewRemarks = u"Remarks"_s,
+                              .repriceAudit = u"Tariff SERVICEs Price Updated to: ("_s,
+                              .addAudit = u"Add Service Tariff for: "_s,
+                              .priceMessage = u"Please SERVICE Price "_s,
+                              .searchMessage = u"Please specify Tariff Company before Search"_s,
+                              .byCategory = true};
     return k;
 }
 
@@ -105,7 +113,7 @@ struct TariffList::Template {
     QString name;
     QString remarks;
     bool own = false;
-    QString source;      // the payer whose list is copied; the payer itself for an own list
+    QString source;  // the payer whose list is copied; the payer itself for an own list
     QString sourceName;
     double factor = 1;
     bool deleteExisting = false;
@@ -160,18 +168,18 @@ QString TariffList::tariffUsed(const QString& coyID)
         return QStringLiteral("NONE");
     if (row->text(u"UseTariff") == coyID)
         return QStringLiteral("OWN TARIFF");
-    return percentText(row->toDouble(u"pcent")) + QStringLiteral("% of ") +
-           row->text(u"UseName");
+    return percentText(row->toDouble(u"pcent")) + QStringLiteral("% of ") + row->text(u"UseName");
 }
 
 QString TariffList::gridSql(bool search, bool category) const
 {
     const QString item = m_kind.viewItem;
-    QString sql = QStringLiteral("select distinct SNO AS \"SNO\", %1 AS \"%1\", "
-                                 "Category AS \"Category\", Price AS \"Price\", "
-                                 "Capitated AS \"Capitated\", TariffStatus AS \"TariffStatus\", "
-                                 "Company AS \"Company\", %2 AS \"Remarks\", CoyID AS \"CoyID\" "
-                                 "from %3 WHERE CoyID = ?")
+    QString sql = QStringLiteral(
+                      "select distinct SNO AS \"SNO\", %1 AS \"%1\", "
+                      "Category AS \"Category\", Price AS \"Price\", "
+                      "Capitated AS \"Capitated\", TariffStatus AS \"TariffStatus\", "
+                      "Company AS \"Company\", %2 AS \"Remarks\", CoyID AS \"CoyID\" "
+                      "from %3 WHERE CoyID = ?")
                       .arg(item, m_kind.viewRemarks, m_kind.view);
     if (search)
         sql += QStringLiteral(" and upper(%1) like ? escape '\\'").arg(item);
@@ -194,9 +202,10 @@ db::Params TariffList::gridParams(const QString& coyID, const QString& search,
 QStringList TariffList::categories()
 {
     QStringList out;
-    for (const db::Row& r :
-         m_ctx.db().query(QStringLiteral("select distinct catName from HserviceCat "
-                                         "order by catName")).rows)
+    for (const db::Row& r : m_ctx.db()
+                                .query(QStringLiteral("select distinct catName from HserviceCat "
+                                                      "order by catName"))
+                                .rows)
         out << r.text(u"catName");
     return out;
 }
@@ -253,9 +262,9 @@ TemplateOutcome TariffList::saveTemplate(const TemplateRequest& r)
     Prompter& ask = m_ctx.prompter();
     const bool hasRows =
         m_ctx.db()
-            .queryOne(QStringLiteral("select SNo from %1 where Company = ? LIMIT 1")
-                          .arg(m_kind.table),
-                      {t.coyID})
+            .queryOne(
+                QStringLiteral("select SNo from %1 where Company = ? LIMIT 1").arg(m_kind.table),
+                {t.coyID})
             .has_value();
     if (!hasRows) {
         if (!ask.ask(QStringLiteral("You are about to make bulk save of Drug items for %1 "
@@ -288,7 +297,8 @@ TemplateOutcome TariffList::saveTemplate(const TemplateRequest& r)
 
     if (r.singleItem) {
         if (r.item.trimmed().isEmpty())
-            throw CheckFailed(QStringLiteral("Please specify Item Name"), QStringLiteral("txtDrug"));
+            throw CheckFailed(QStringLiteral("Please specify Item Name"),
+                              QStringLiteral("txtDrug"));
         if (r.price.trimmed().isEmpty())
             throw CheckFailed(QStringLiteral("Please specify Price"), QStringLiteral("txtPrice"));
     }
@@ -301,11 +311,12 @@ TemplateOutcome TariffList::saveTemplate(const TemplateRequest& r)
             saveTariff(*conn, t);
         tx.commit();
     }
-    m_ctx.prompter().inform(QStringLiteral("Record Succesfully saved!!! Price values can now "
-                                           "be edited"));
+    m_ctx.prompter().inform(
+        QStringLiteral("Record Succesfully saved!!! Price values can now "
+                       "be edited"));
     if (r.deleteExisting)
-        audit(m_ctx,
-              QStringLiteral("Deleted Existing Tariff, ") + m_kind.addAudit + t.name, t.coyID,
+        audit(m_ctx, QStringLiteral("Deleted Existing Tariff, ") + m_kind.addAudit + t.name,
+              t.coyID,
               QStringLiteral("Tariff Used:") + percentText(t.factor) + QStringLiteral("% of ") +
                   t.sourceName);
     else
@@ -318,8 +329,7 @@ void TariffList::saveTariff(db::Connection& conn, const Template& t)
     if (t.deleteExisting) {
         conn.exec(QStringLiteral("delete from DrugNHISListEntered where CoyID = ? and Type = ?"),
                   {t.coyID, m_kind.type});
-        conn.exec(QStringLiteral("delete from %1 where Company = ?").arg(m_kind.table),
-                  {t.coyID});
+        conn.exec(QStringLiteral("delete from %1 where Company = ?").arg(m_kind.table), {t.coyID});
     }
     // One statement per list: a few thousand rows copied by the database itself, inside
     // the caller's transaction, so an error leaves nothing of the copy behind.
@@ -329,8 +339,8 @@ void TariffList::saveTariff(db::Connection& conn, const Template& t)
                                  "CAST(? AS VARCHAR(20)), CAST(? AS VARCHAR(200)), %5"
                                  "CAST(? AS VARCHAR(50)), Capitated, CAST(? AS VARCHAR(20)) "
                                  "from %6")
-                      .arg(m_kind.table, insertColumns(), m_kind.itemColumn,
-                           m_kind.categoryColumn, pharm, m_kind.master),
+                      .arg(m_kind.table, insertColumns(), m_kind.itemColumn, m_kind.categoryColumn,
+                           pharm, m_kind.master),
                   {t.coyID, t.name, t.remarks, kFixed});
     } else {
         conn.exec(QStringLiteral("insert into %1 (%2) select %3, %4, "
@@ -338,17 +348,17 @@ void TariffList::saveTariff(db::Connection& conn, const Template& t)
                                  "CAST(? AS VARCHAR(20)), CAST(? AS VARCHAR(200)), %5"
                                  "CAST(? AS VARCHAR(50)), Capitated, tariffStatus from %1 "
                                  "where Company = ? order by SNo")
-                      .arg(m_kind.table, insertColumns(), m_kind.itemColumn,
-                           m_kind.categoryColumn, pharm),
+                      .arg(m_kind.table, insertColumns(), m_kind.itemColumn, m_kind.categoryColumn,
+                           pharm),
                   {t.factor, t.coyID, t.name, t.remarks, t.source});
     }
     // A payer has one list of a kind: whatever it followed before, it follows this now.
     conn.exec(QStringLiteral("delete from DrugNHISListEntered where CoyID = ? and Type = ?"),
               {t.coyID, m_kind.type});
-    conn.exec(QStringLiteral("insert into DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
-                             "Pcent) values (?, ?, ?, ?, ?)"),
-              {t.coyID, m_kind.type, t.remarks, t.own ? t.coyID : t.source,
-               t.own ? 1.0 : t.factor});
+    conn.exec(
+        QStringLiteral("insert into DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
+                       "Pcent) values (?, ?, ?, ?, ?)"),
+        {t.coyID, m_kind.type, t.remarks, t.own ? t.coyID : t.source, t.own ? 1.0 : t.factor});
 }
 
 void TariffList::saveTariffSingle(db::Connection& conn, const Template& t, const QString& item,
@@ -370,7 +380,8 @@ void TariffList::saveTariffSingle(db::Connection& conn, const Template& t, const
 void TariffList::editPrice(const PriceEdit& e)
 {
     if (e.tariffStatus.trimmed().isEmpty())
-        throw CheckFailed(QStringLiteral("Please specify Tariff Status "), QStringLiteral("cboVal"));
+        throw CheckFailed(QStringLiteral("Please specify Tariff Status "),
+                          QStringLiteral("cboVal"));
     const std::optional<double> price = number(e.price);
     if (!price)
         throw CheckFailed(m_kind.priceMessage, QStringLiteral("txtPrice"));

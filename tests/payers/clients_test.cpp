@@ -37,8 +37,7 @@ protected:
         desk->startUp();
         desk->prompter.clear();
     }
-    QString text(const QString& sql, const db::Params& p = {},
-                 Database which = Database::Hospital)
+    QString text(const QString& sql, const db::Params& p = {}, Database which = Database::Hospital)
     {
         return ws->scalar(sql, p, which).toString();
     }
@@ -111,7 +110,9 @@ TEST_P(Clients, SaveChecksInOrderThenAddsWithTheNextCode)
     };
     const Step steps[] = {
         {"Company Name cannot be empty", "txtName",
-         [&] { QTest::keyClicks(child<QLineEdit>(&screen, "txtName"), "ACME [NIG] O'NEIL & SONS"); }},
+         [&] {
+             QTest::keyClicks(child<QLineEdit>(&screen, "txtName"), "ACME [NIG] O'NEIL & SONS");
+         }},
         {"Client Type cannot be empty", "cboClient",
          [&] { child<QComboBox>(&screen, "cboClient")->setCurrentText(QStringLiteral("HMO")); }},
         {"Company Address cannot be empty", "txtAddress",
@@ -134,8 +135,9 @@ TEST_P(Clients, SaveChecksInOrderThenAddsWithTheNextCode)
     EXPECT_TRUE(child<QLineEdit>(&screen, "txtName")->text().isEmpty());
 
     auto conn = ws->connect();
-    const auto row = conn->queryOne(QStringLiteral("SELECT * FROM hRetainership WHERE retainID = ?"),
-                                    {QStringLiteral("0016")});
+    const auto row =
+        conn->queryOne(QStringLiteral("SELECT * FROM hRetainership WHERE retainID = ?"),
+                       {QStringLiteral("0016")});
     ASSERT_TRUE(row);
     // Brackets would cut the name short in "{name} [{code}]" lists: they become blanks.
     EXPECT_EQ(row->text(u"retainName"), QStringLiteral("ACME  NIG  O'NEIL & SONS"));
@@ -203,11 +205,13 @@ TEST_P(Clients, APayerThatPatientsHoldCannotBeDeleted)
     grid->selectRow(findRow(grid, QStringLiteral("retainID"), QStringLiteral("0009")));
     desk->prompter.answerYes();
     click(&screen, "cmdDel");
-    EXPECT_EQ(desk->prompter.messages().front().text, QStringLiteral("Are you sure to Delete Record"));
+    EXPECT_EQ(desk->prompter.messages().front().text,
+              QStringLiteral("Are you sure to Delete Record"));
     EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("Delete"));
     EXPECT_EQ(desk->prompter.lastText(),
               QStringLiteral("Client Cannot be Deleted!!! Has Patient Information"));
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0009'")), 1);
+    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0009'")),
+              1);
     EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainershipScheme "
                                    "WHERE retainID = '0009'")),
               3);
@@ -217,11 +221,13 @@ TEST_P(Clients, APayerThatPatientsHoldCannotBeDeleted)
     grid->selectRow(findRow(grid, QStringLiteral("retainID"), QStringLiteral("0015")));
     desk->prompter.answerNo();
     click(&screen, "cmdDel");
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0015'")), 1);
+    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0015'")),
+              1);
     desk->prompter.answerYes();
     click(&screen, "cmdDel");
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral(" Record successfully deleted "));
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0015'")), 0);
+    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE retainID = '0015'")),
+              0);
     EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainershipScheme "
                                    "WHERE retainID = '0015'")),
               0);
@@ -243,8 +249,8 @@ TEST_P(Clients, ExportWritesNameCodeTypePhoneAndContactByName)
         EXPECT_LE(rows.rows[i - 1].text(u"ClientName"), rows.rows[i].text(u"ClientName"));
     const QString file = exportToSheet(desk->ctx, rows, ws->homePath(QStringLiteral("c.xlsx")));
     QProcess unzip;
-    unzip.start(QStringLiteral("unzip"), {QStringLiteral("-p"), file,
-                                          QStringLiteral("xl/sharedStrings.xml")});
+    unzip.start(QStringLiteral("unzip"),
+                {QStringLiteral("-p"), file, QStringLiteral("xl/sharedStrings.xml")});
     ASSERT_TRUE(unzip.waitForFinished(30000));
     const QString strings = QString::fromUtf8(unzip.readAllStandardOutput());
     EXPECT_TRUE(strings.contains(QStringLiteral("ClientCode")));
@@ -273,8 +279,9 @@ TEST_P(Posting, ANewClientGetsItsReceivableAccount)
                    {added.retainID}),
               QStringLiteral("12000006"));
     auto acc = ws->connect(Database::Accounting);
-    const auto a = acc->queryOne(QStringLiteral("SELECT * FROM ChartOfAccounts WHERE AccountID = ?"),
-                                 {QStringLiteral("12000006")});
+    const auto a =
+        acc->queryOne(QStringLiteral("SELECT * FROM ChartOfAccounts WHERE AccountID = ?"),
+                      {QStringLiteral("12000006")});
     ASSERT_TRUE(a);
     EXPECT_EQ(a->text(u"AccountName"), QStringLiteral("ZENITH PLC"));
     EXPECT_EQ(a->text(u"groupID"), QStringLiteral("1200"));
@@ -286,7 +293,8 @@ TEST_P(Posting, ANewClientGetsItsReceivableAccount)
     EXPECT_EQ(a->text(u"ExtIDType"), QStringLiteral("RECEIVABLE"));
     EXPECT_EQ(a->text(u"UserName"), QStringLiteral("demo"));
     EXPECT_EQ(acc->scalar(QStringLiteral("SELECT AccountID FROM ChartOfAccountMaster "
-                                         "ORDER BY SNo DESC LIMIT 1")).toString(),
+                                         "ORDER BY SNo DESC LIMIT 1"))
+                  .toString(),
               QStringLiteral("12000006"));
 }
 
@@ -300,9 +308,9 @@ TEST_P(Posting, AClientWithAnAccountNumberGetsNoNewAccount)
     EXPECT_EQ(text(QStringLiteral("SELECT AcctID FROM hRetainership WHERE retainID = ?"),
                    {added.retainID}),
               QStringLiteral("11000002"));
-    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM ChartOfAccounts"), {},
-                    Database::Accounting),
-              9);
+    EXPECT_EQ(
+        count(QStringLiteral("SELECT count(*) FROM ChartOfAccounts"), {}, Database::Accounting),
+        9);
 }
 
 TEST_P(Posting, ARefusedPeriodLeavesTheClientSavedWithoutAnAccount)
@@ -338,10 +346,10 @@ TEST_P(Clients, ThePickerTakesOneAccountOfTheGroupBackToTheCaller)
 {
     start();
     frmRetainership caller(desk->ctx);
-    frmRevAcctSelect picker(desk->ctx,
-                            {{QStringLiteral("caller"), QStringLiteral("frmRetainership")},
-                             {QStringLiteral("callerWidget"), QVariant::fromValue<QObject*>(&caller)},
-                             {QStringLiteral("group"), QStringLiteral("1200")}});
+    frmRevAcctSelect picker(
+        desk->ctx, {{QStringLiteral("caller"), QStringLiteral("frmRetainership")},
+                    {QStringLiteral("callerWidget"), QVariant::fromValue<QObject*>(&caller)},
+                    {QStringLiteral("group"), QStringLiteral("1200")}});
     EXPECT_EQ(picker.windowTitle(), QStringLiteral("Select an Account"));
     auto* list = child<QListWidget>(&picker, "LstDate");
     ASSERT_EQ(list->count(), 5);  // the receivables only, by name
@@ -366,10 +374,12 @@ TEST_P(Clients, ThePickerTakesOneAccountOfTheGroupBackToTheCaller)
 TEST_P(Clients, SchemeRowsAreThreePerHmoAndSavingTwiceDoesNotDoubleThem)
 {
     start();
-    ws->exec(QStringLiteral("UPDATE hRetainership SET ClientType = 'HMO' WHERE retainID = '0002'"));
+    ws->exec(
+        QStringLiteral("UPDATE hRetainership SET ClientType = 'HMO' WHERE retainID = '0002'"));
     frmRetainershipUpdDB screen(desk->ctx);
     auto* grid = child<QTableView>(&screen, "grdData");
-    const int hmos = count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE ClientType = 'HMO'"));
+    const int hmos =
+        count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE ClientType = 'HMO'"));
     EXPECT_EQ(rowCount(grid), hmos);
     grid->setCurrentIndex(grid->model()->index(0, 0));
     auto* cats = child<QListWidget>(&screen, "LstDate");
@@ -426,9 +436,9 @@ TEST_P(Clients, AreasAreAddedRenamedAndDeleted)
 
 TEST_P(Clients, TheMenuOpensEveryPayerScreenByName)
 {
-    for (const char* name : {"frmRetainership", "frmRetainershipUpdDB", "frmAreas",
-                             "frmRevAcctSelect", "frmDrugPriceHMO", "frmLabPriceHMO",
-                             "frmServPriceHMO"})
+    for (const char* name :
+         {"frmRetainership", "frmRetainershipUpdDB", "frmAreas", "frmRevAcctSelect",
+          "frmDrugPriceHMO", "frmLabPriceHMO", "frmServPriceHMO"})
         EXPECT_TRUE(ScreenHost::isRegistered(QString::fromLatin1(name))) << name;
 }
 

@@ -56,8 +56,9 @@ protected:
     int masterItems()
     {
         const QString item = kind().itemColumn;
-        return ws->scalar(QStringLiteral("SELECT count(*) FROM (SELECT DISTINCT %1, %2 FROM %3) m")
-                              .arg(item, kind().categoryColumn, kind().master))
+        return ws
+            ->scalar(QStringLiteral("SELECT count(*) FROM (SELECT DISTINCT %1, %2 FROM %3) m")
+                         .arg(item, kind().categoryColumn, kind().master))
             .toInt();
     }
     // Chooses an entry of a list box as a click would.
@@ -82,9 +83,10 @@ protected:
     QTableView* grid() { return child<QTableView>(screen.get(), "grdData"); }
     int audits(const QString& action, const QString& remarks)
     {
-        return ws->scalar(QStringLiteral("SELECT count(*) FROM AuditTrail WHERE userAction = ? "
-                                         "AND Remarks = ?"),
-                          {action, remarks})
+        return ws
+            ->scalar(QStringLiteral("SELECT count(*) FROM AuditTrail WHERE userAction = ? "
+                                    "AND Remarks = ?"),
+                     {action, remarks})
             .toInt();
     }
 
@@ -116,12 +118,13 @@ TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
                              "Remarks <> 'HMO')"))
                   .toInt(),
               0);
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT useTariff || ':' || CAST(Pcent AS VARCHAR(10)) "
-                                        "FROM DrugNHISListEntered WHERE CoyID = '0009' AND Type = ?"),
-                         {kind().type})
-                  .toString()
-                  .left(6),
-              QStringLiteral("0009:1"));
+    EXPECT_EQ(
+        ws->scalar(QStringLiteral("SELECT useTariff || ':' || CAST(Pcent AS VARCHAR(10)) "
+                                  "FROM DrugNHISListEntered WHERE CoyID = '0009' AND Type = ?"),
+                   {kind().type})
+            .toString()
+            .left(6),
+        QStringLiteral("0009:1"));
     EXPECT_EQ(label("lblTariff"), QStringLiteral("OWN TARIFF"));
     EXPECT_EQ(rowCount(grid()), masterItems());
     EXPECT_EQ(audits(kind().addAudit + QStringLiteral("LEADWAY HEALTH"),
@@ -150,10 +153,11 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
     grid()->selectRow(0);
     const QString item = cellText(grid(), 0, kind().viewItem);
     const QString untouched = cellText(grid(), 1, kind().viewItem);
-    const double untouchedBefore =
-        number("SELECT Price FROM %1 WHERE Company = '0010' AND SNo = (SELECT min(SNo) FROM %1 "
-               "WHERE Company = '0010' AND " + kind().itemColumn.toLatin1() + " = ?)",
-               {untouched});
+    const double untouchedBefore = number(
+        "SELECT Price FROM %1 WHERE Company = '0010' AND SNo = (SELECT min(SNo) FROM %1 "
+        "WHERE Company = '0010' AND " +
+            kind().itemColumn.toLatin1() + " = ?)",
+        {untouched});
     click(screen.get(), "cmdEdit");
     EXPECT_EQ(child<QLineEdit>(screen.get(), "txtDrug")->text(), item);
     auto* price = child<QLineEdit>(screen.get(), "txtPrice");
@@ -161,15 +165,16 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
     price->setText(QStringLiteral("1000"));
     click(screen.get(), "OKButton");
     const QByteArray col = kind().itemColumn.toLatin1();
-    EXPECT_DOUBLE_EQ(number("SELECT max(Price) FROM %1 WHERE Company = '0004' AND " + col + " = ?",
-                            {item}),
-                     1000);
-    EXPECT_DOUBLE_EQ(number("SELECT max(Price) FROM %1 WHERE Company = '0010' AND " + col + " = ?",
-                            {item}),
-                     850);
+    EXPECT_DOUBLE_EQ(
+        number("SELECT max(Price) FROM %1 WHERE Company = '0004' AND " + col + " = ?", {item}),
+        1000);
+    EXPECT_DOUBLE_EQ(
+        number("SELECT max(Price) FROM %1 WHERE Company = '0010' AND " + col + " = ?", {item}),
+        850);
     EXPECT_DOUBLE_EQ(
         number("SELECT Price FROM %1 WHERE Company = '0010' AND SNo = (SELECT min(SNo) FROM %1 "
-               "WHERE Company = '0010' AND " + col + " = ?)",
+               "WHERE Company = '0010' AND " +
+                   col + " = ?)",
                {untouched}),
         untouchedBefore);
     // The edited row is the current row again.
@@ -214,9 +219,13 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
         {"Please specify Tariff to use for this Template", "cboUse",
          [&] { child<QComboBox>(screen.get(), "cboUse")->setCurrentText(kHygeia); }},
         {"Please specify Percentage to use for this Template", "cboPCent",
-         [&] { child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("8O")); }},
+         [&] {
+             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("8O"));
+         }},
         {"Tariff Percentage has to be Numeric", "cboPCent",
-         [&] { child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("80")); }},
+         [&] {
+             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("80"));
+         }},
     };
     for (const Step& s : steps) {
         desk->prompter.clear();
@@ -242,7 +251,8 @@ TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
 
     setTemplate(kHygeia, "YES");
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Bulk entry already exists for HYGEIA HMO"));
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Bulk entry already exists for HYGEIA HMO"));
 
     // Its own list at a percentage: the prices are scaled in place.
     desk->prompter.clear();
@@ -254,8 +264,9 @@ TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
     EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("save"));
     EXPECT_EQ(rows(QStringLiteral("0004")), hygeia);
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), total * 1.1, 0.01);
-    EXPECT_EQ(audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYGEIA HMO")),
-              1);
+    EXPECT_EQ(
+        audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYGEIA HMO")),
+        1);
 
     // Deleting the existing list and copying another payer's at 50%.
     setTemplate(kLeadway, "YES");
@@ -360,7 +371,8 @@ TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
     EXPECT_EQ(label("lblWord"), QStringLiteral("Twenty One Naria and Fifty kobo only"));
     child<QComboBox>(screen.get(), "cboCap")->setCurrentIndex(-1);
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please Specify Whether Capitated or Not "));
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Please Specify Whether Capitated or Not "));
     child<QComboBox>(screen.get(), "cboCap")->setCurrentText(QStringLiteral("YES"));
     const int sno = cellText(grid(), 2, QStringLiteral("SNO")).toInt();
     click(screen.get(), "OKButton");
@@ -377,18 +389,21 @@ TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
     // A trigger refuses the 100th row of LEADWAY's list: the copy fails in the middle.
     auto conn = ws->connect();
     if (ws->backend() == db::Backend::Sqlite) {
-        conn->execScript(sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
-                             "WHEN NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
-                             "WHERE Company = '0009') >= 99 "
-                             "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"));
+        conn->execScript(
+            sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
+                "WHEN NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
+                "WHERE Company = '0009') >= 99 "
+                "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"));
     } else {
-        conn->execScript(sql("CREATE FUNCTION inject_failure() RETURNS trigger AS $$ BEGIN "
-                             "IF NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
-                             "WHERE Company = '0009') >= 99 THEN "
-                             "RAISE EXCEPTION 'injected failure'; END IF; RETURN NEW; END $$ "
-                             "LANGUAGE plpgsql"));
-        conn->execScript(sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
-                             "FOR EACH ROW EXECUTE FUNCTION inject_failure()"));
+        conn->execScript(
+            sql("CREATE FUNCTION inject_failure() RETURNS trigger AS $$ BEGIN "
+                "IF NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
+                "WHERE Company = '0009') >= 99 THEN "
+                "RAISE EXCEPTION 'injected failure'; END IF; RETURN NEW; END $$ "
+                "LANGUAGE plpgsql"));
+        conn->execScript(
+            sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
+                "FOR EACH ROW EXECUTE FUNCTION inject_failure()"));
     }
     // First an own list of a few rows, then the copy that deletes it and fails.
     conn->exec(QStringLiteral("INSERT INTO %1 (%2, Price, Company, CoyName, Remarks) "
@@ -422,8 +437,7 @@ std::string paramName(const testing::TestParamInfo<Param>& info)
 {
     const std::string backend =
         backendName(testing::TestParamInfo<db::Backend>(std::get<0>(info.param), info.index));
-    return backend + "_" +
-           TariffKind::all()[size_t(std::get<1>(info.param))]->type.toStdString();
+    return backend + "_" + TariffKind::all()[size_t(std::get<1>(info.param))]->type.toStdString();
 }
 
 }  // namespace
