@@ -6,7 +6,6 @@
 
 #include "billing/frmrevacctselect.h"
 #include "core/financialperiod.h"
-#include "core/screenhost.h"
 #include "core/sheetexport.h"
 #include "payers/frmareas.h"
 #include "payers/frmretainership.h"
@@ -432,14 +431,6 @@ TEST_P(Clients, AreasAreAddedRenamedAndDeleted)
     click(&screen, "cmdDel");
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral(" Record successfully deleted "));
     EXPECT_EQ(list->count(), before);
-}
-
-TEST_P(Clients, TheMenuOpensEveryPayerScreenByName)
-{
-    for (const char* name :
-         {"frmRetainership", "frmRetainershipUpdDB", "frmAreas", "frmRevAcctSelect",
-          "frmDrugPriceHMO", "frmLabPriceHMO", "frmServPriceHMO"})
-        EXPECT_TRUE(ScreenHost::isRegistered(QString::fromLatin1(name))) << name;
 }
 
 }  // namespace
