@@ -31,4 +31,11 @@ QString stripBrackets(const QString& name)
     return s.trimmed();
 }
 
+QString blankBrackets(const QString& name)
+{
+    QString s = name;
+    s.replace(QLatin1Char('['), QLatin1Char(' ')).replace(QLatin1Char(']'), QLatin1Char(' '));
+    return s.trimmed();
+}
+
 }  // namespace tolmar::listentry

@@ -13,5 +13,7 @@ QString key(const QString& entry);
 QString text(const QString& entry);
 // Removes every "[" and "]" and trims.
 QString stripBrackets(const QString& name);
+// Turns every "[" and "]" into a blank and trims: "ACME[NIG]LTD" stays three words.
+QString blankBrackets(const QString& name);
 
 }  // namespace tolmar::listentry

@@ -191,13 +191,29 @@ TEST_P(MainWindowMenu, SeparatorsStandBeforeTheirEntriesOnly)
 TEST_P(MainWindowMenu, EntriesOfScreensNotYetBuiltDoNothing)
 {
     open();
-    for (const char* name : {"mnuCust", "mnuNreg", "mnuHospEmp", "mnuPSITC", "mnuTDrugs",
-                             "mnuAttendCoy", "mnuUsers", "mnuAcctEnable", "mnuPBill"}) {
+    for (const char* name : {"mnuNreg", "mnuHospEmp", "mnuPSITC", "mnuAttendCoy", "mnuUsers",
+                             "mnuAcctEnable", "mnuPBill"}) {
         action(QString::fromLatin1(name))->trigger();
         EXPECT_TRUE(window->mdiArea()->subWindowList().isEmpty()) << name;
     }
     EXPECT_TRUE(desk->prompter.messages().empty());
     EXPECT_TRUE(desk->endedWith.empty());
+}
+
+TEST_P(MainWindowMenu, PayerEntriesOpenTheirScreens)
+{
+    open();
+    const std::pair<const char*, const char*> entries[] = {
+        {"mnuCust", "frmRetainership"},    {"mnuUDFHCI", "frmRetainershipUpdDB"},
+        {"mnuPRA", "frmAreas"},            {"mnuTDrugs", "frmDrugPriceHMO"},
+        {"mnuTInv", "frmLabPriceHMO"},     {"mnuTServ", "frmServPriceHMO"}};
+    for (const auto& [menu, screen] : entries) {
+        action(QString::fromLatin1(menu))->trigger();
+        QMdiSubWindow* sub = window->mdiArea()->activeSubWindow();
+        ASSERT_TRUE(sub) << menu;
+        EXPECT_EQ(sub->widget()->objectName(), QString::fromLatin1(screen)) << menu;
+    }
+    EXPECT_EQ(window->mdiArea()->subWindowList().size(), 6);
 }
 
 TEST_P(MainWindowMenu, SendMailNeedsMailSwitchedOn)

@@ -1,0 +1,18 @@
+#pragma once
+// Reading a grid's cells by column caption (any case), as the payer screens do.
+
+#include <QString>
+
+class QAbstractItemModel;
+class QTableView;
+
+namespace tolmar::grid {
+
+// -1 when the model has no such column.
+int columnOf(const QAbstractItemModel* model, const QString& caption);
+// The text of the current row's cell under that caption; "" without a current row.
+QString currentText(const QTableView* view, const QString& caption);
+// Hides the named columns.
+void hideColumns(QTableView* view, const QStringList& captions);
+
+}  // namespace tolmar::grid

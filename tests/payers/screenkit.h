@@ -1,0 +1,61 @@
+#pragma once
+// Finding and working the controls of a screen by name, as the person at the desk would.
+
+#include <QAbstractItemModel>
+#include <QPushButton>
+#include <QString>
+#include <QTableView>
+#include <QTest>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+namespace tolmar::test {
+
+template <typename T>
+T* child(QWidget* w, const char* name)
+{
+    T* c = w->findChild<T*>(QString::fromLatin1(name));
+    if (!c)
+        ADD_FAILURE() << "no control " << name;
+    return c;
+}
+
+inline void click(QWidget* w, const char* name)
+{
+    QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
+}
+
+// The text of a grid cell under a column caption (any case); fetches lazily loaded rows.
+inline QString cellText(QTableView* grid, int row, const QString& caption)
+{
+    QAbstractItemModel* m = grid->model();
+    while (row >= m->rowCount() && m->canFetchMore({}))
+        m->fetchMore({});
+    for (int c = 0; c < m->columnCount(); ++c)
+        if (m->headerData(c, Qt::Horizontal).toString().compare(caption, Qt::CaseInsensitive) ==
+            0)
+            return m->index(row, c).data(Qt::EditRole).toString();
+    ADD_FAILURE() << "no column " << caption.toStdString();
+    return {};
+}
+
+inline int rowCount(QTableView* grid)
+{
+    QAbstractItemModel* m = grid->model();
+    while (m->canFetchMore({}))
+        m->fetchMore({});
+    return m->rowCount();
+}
+
+// The first row whose cell under the caption holds the text; -1 when none does.
+inline int findRow(QTableView* grid, const QString& caption, const QString& text)
+{
+    const int n = rowCount(grid);
+    for (int r = 0; r < n; ++r)
+        if (cellText(grid, r, caption) == text)
+            return r;
+    return -1;
+}
+
+}  // namespace tolmar::test

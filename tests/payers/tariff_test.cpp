@@ -1,0 +1,447 @@
+// The three price-list screens, driven through one body per case and run for each row of
+// the table of the three lists, on each backend.
+#include "screenkit.h"
+#include "support/workspace.h"
+
+#include "core/screenhost.h"
+#include "payers/frmtariffprice.h"
+#include "payers/gridcells.h"
+#include "payers/tariff.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+
+using namespace tolmar;
+using namespace tolmar::test;
+
+namespace {
+
+using Param = std::tuple<db::Backend, int>;
+
+// Demo payers: 0004 HYGEIA HMO keeps a list of every kind; 0009 LEADWAY HEALTH and 0010
+// CLEARLINE HMO have none.
+const QString kHygeia = QStringLiteral("HYGEIA HMO [0004]");
+const QString kLeadway = QStringLiteral("LEADWAY HEALTH [0009]");
+const QString kClearline = QStringLiteral("CLEARLINE HMO [0010]");
+
+class Tariffs : public testing::TestWithParam<Param> {
+protected:
+    void SetUp() override
+    {
+        ws = std::make_unique<Workspace>(std::get<0>(GetParam()));
+        desk = std::make_unique<Desk>(*ws);
+        desk->startUp();
+        desk->prompter.clear();
+        screen.reset(desk->ctx.screens().open(kind().screen));
+        ASSERT_TRUE(screen);
+    }
+    void TearDown() override
+    {
+        screen.reset();
+        desk.reset();
+        ws.reset();
+    }
+    const TariffKind& kind() const { return *TariffKind::all()[size_t(std::get<1>(GetParam()))]; }
+    QString sql(const char* text) const { return QString::fromLatin1(text).arg(kind().table); }
+    double number(const char* text, const db::Params& p = {})
+    {
+        return ws->scalar(sql(text), p).toDouble();
+    }
+    int rows(const QString& coyID)
+    {
+        return ws->scalar(sql("SELECT count(*) FROM %1 WHERE Company = ?"), {coyID}).toInt();
+    }
+    int masterItems()
+    {
+        const QString item = kind().itemColumn;
+        return ws
+            ->scalar(QStringLiteral("SELECT count(*) FROM (SELECT DISTINCT %1, %2 FROM %3) m")
+                         .arg(item, kind().categoryColumn, kind().master))
+            .toInt();
+    }
+    // Chooses an entry of a list box as a click would.
+    void choose(const char* box, const QString& entry)
+    {
+        auto* c = child<QComboBox>(screen.get(), box);
+        const int i = c->findText(entry);
+        ASSERT_GE(i, 0) << entry.toStdString();
+        c->setCurrentIndex(i);
+        emit c->activated(i);
+    }
+    void setTemplate(const QString& payer, const char* own, const QString& source = QString(),
+                     const char* percent = "")
+    {
+        choose("cboHMO", payer);
+        child<QComboBox>(screen.get(), "cboDrug")->setCurrentText(QString::fromLatin1(own));
+        if (!source.isEmpty())
+            child<QComboBox>(screen.get(), "cboUse")->setCurrentText(source);
+        child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QString::fromLatin1(percent));
+    }
+    QString label(const char* name) { return child<QLabel>(screen.get(), name)->text(); }
+    QTableView* grid() { return child<QTableView>(screen.get(), "grdData"); }
+    int audits(const QString& action, const QString& remarks)
+    {
+        return ws
+            ->scalar(QStringLiteral("SELECT count(*) FROM AuditTrail WHERE userAction = ? "
+                                    "AND Remarks = ?"),
+                     {action, remarks})
+            .toInt();
+    }
+
+    std::unique_ptr<Workspace> ws;
+    std::unique_ptr<Desk> desk;
+    std::unique_ptr<QWidget> screen;
+};
+
+TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
+{
+    EXPECT_EQ(screen->windowTitle(), kind().title);
+    setTemplate(kLeadway, "YES");
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("NONE"));
+    EXPECT_EQ(label("Label1"), QStringLiteral("LEADWAY HEALTH Tariff"));
+    EXPECT_FALSE(child<QWidget>(screen.get(), "fraUse")->isVisible());
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    ASSERT_EQ(desk->prompter.messages().size(), 2u);
+    EXPECT_EQ(desk->prompter.messages()[0].text,
+              QStringLiteral("You are about to make bulk save of Drug items for LEADWAY HEALTH "
+                             "Click YES to save items"));
+    EXPECT_EQ(desk->prompter.messages()[0].title, QStringLiteral("bulk save"));
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Record Succesfully saved!!! Price values can now be edited"));
+    EXPECT_EQ(rows(QStringLiteral("0009")), masterItems());
+    EXPECT_EQ(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), 0);
+    EXPECT_EQ(ws->scalar(sql("SELECT count(*) FROM %1 WHERE Company = '0009' AND "
+                             "(tariffStatus <> 'FIXED' OR CoyName <> 'LEADWAY HEALTH' OR "
+                             "Remarks <> 'HMO')"))
+                  .toInt(),
+              0);
+    EXPECT_EQ(
+        ws->scalar(QStringLiteral("SELECT useTariff || ':' || CAST(Pcent AS VARCHAR(10)) "
+                                  "FROM DrugNHISListEntered WHERE CoyID = '0009' AND Type = ?"),
+                   {kind().type})
+            .toString()
+            .left(6),
+        QStringLiteral("0009:1"));
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("OWN TARIFF"));
+    EXPECT_EQ(rowCount(grid()), masterItems());
+    EXPECT_EQ(audits(kind().addAudit + QStringLiteral("LEADWAY HEALTH"),
+                     QStringLiteral("New Tariff Entry")),
+              1);
+}
+
+TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
+{
+    setTemplate(kClearline, "NO", kHygeia, "85");
+    EXPECT_TRUE(child<QWidget>(screen.get(), "fraUse")->isVisible());
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(rows(QStringLiteral("0010")), rows(QStringLiteral("0004")));
+    EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0010'"),
+                0.85 * number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), 0.01);
+    EXPECT_DOUBLE_EQ(ws->scalar(QStringLiteral("SELECT Pcent FROM DrugNHISListEntered WHERE "
+                                               "CoyID = '0010' AND Type = ?"),
+                                {kind().type})
+                         .toDouble(),
+                     0.85);
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("85% of HYGEIA HMO"));
+
+    // A price edit on the source list reaches the follower at its factor.
+    choose("cboHMO", kHygeia);
+    grid()->selectRow(0);
+    const QString item = cellText(grid(), 0, kind().viewItem);
+    const QString untouched = cellText(grid(), 1, kind().viewItem);
+    const double untouchedBefore = number(
+        "SELECT Price FROM %1 WHERE Company = '0010' AND SNo = (SELECT min(SNo) FROM %1 "
+        "WHERE Company = '0010' AND " +
+            kind().itemColumn.toLatin1() + " = ?)",
+        {untouched});
+    click(screen.get(), "cmdEdit");
+    EXPECT_EQ(child<QLineEdit>(screen.get(), "txtDrug")->text(), item);
+    auto* price = child<QLineEdit>(screen.get(), "txtPrice");
+    const QString oldPrice = price->text();
+    price->setText(QStringLiteral("1000"));
+    click(screen.get(), "OKButton");
+    const QByteArray col = kind().itemColumn.toLatin1();
+    EXPECT_DOUBLE_EQ(
+        number("SELECT max(Price) FROM %1 WHERE Company = '0004' AND " + col + " = ?", {item}),
+        1000);
+    EXPECT_DOUBLE_EQ(
+        number("SELECT max(Price) FROM %1 WHERE Company = '0010' AND " + col + " = ?", {item}),
+        850);
+    EXPECT_DOUBLE_EQ(
+        number("SELECT Price FROM %1 WHERE Company = '0010' AND SNo = (SELECT min(SNo) FROM %1 "
+               "WHERE Company = '0010' AND " +
+                   col + " = ?)",
+               {untouched}),
+        untouchedBefore);
+    // The edited row is the current row again.
+    EXPECT_EQ(cellText(grid(), grid()->currentIndex().row(), kind().viewItem), item);
+    EXPECT_EQ(audits(QStringLiteral("Edit Drug Price: ") + item,
+                     QStringLiteral("OLD Price: ") + QString::number(oldPrice.toDouble()) +
+                         QStringLiteral("New Price: 1000")),
+              1);
+}
+
+TEST_P(Tariffs, ATypedCellPriceStaysWithItsRow)
+{
+    setTemplate(kClearline, "NO", kHygeia, "50");
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    choose("cboHMO", kHygeia);
+    const QString item = cellText(grid(), 0, kind().viewItem);
+    const qint64 sno = cellText(grid(), 0, QStringLiteral("SNO")).toLongLong();
+    const double followerBefore = number("SELECT sum(Price) FROM %1 WHERE Company = '0010'");
+    const QModelIndex cell =
+        grid()->model()->index(0, grid::columnOf(grid()->model(), QStringLiteral("Price")));
+    EXPECT_TRUE(grid()->model()->flags(cell) & Qt::ItemIsEditable);
+    desk->prompter.answerNo();
+    EXPECT_FALSE(grid()->model()->setData(cell, QStringLiteral("77.5")));
+    desk->prompter.answerYes();
+    EXPECT_TRUE(grid()->model()->setData(cell, QStringLiteral("77.5")));
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Tariff Price Cell Update to: (77.5) for ") + item);
+    EXPECT_DOUBLE_EQ(number("SELECT Price FROM %1 WHERE SNo = ?", {sno}), 77.5);
+    EXPECT_DOUBLE_EQ(number("SELECT sum(Price) FROM %1 WHERE Company = '0010'"), followerBefore);
+}
+
+TEST_P(Tariffs, TemplateChecksComeInOrder)
+{
+    struct Step {
+        const char* message;
+        const char* focus;
+        std::function<void()> set;
+    };
+    const Step steps[] = {
+        {"Please specify Tariff Template Name", "cboHMO", [&] { setTemplate(kLeadway, "NO"); }},
+        {"Please specify Tariff to use for this Template", "cboUse",
+         [&] { child<QComboBox>(screen.get(), "cboUse")->setCurrentText(kHygeia); }},
+        {"Please specify Percentage to use for this Template", "cboPCent",
+         [&] {
+             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("8O"));
+         }},
+        {"Tariff Percentage has to be Numeric", "cboPCent",
+         [&] {
+             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("80"));
+         }},
+    };
+    for (const Step& s : steps) {
+        desk->prompter.clear();
+        click(screen.get(), "OKButton");
+        EXPECT_EQ(desk->prompter.lastText(), QString::fromLatin1(s.message));
+        EXPECT_EQ(screen->focusWidget()->objectName(), QString::fromLatin1(s.focus));
+        s.set();
+    }
+    // A source typed rather than chosen carries no code.
+    child<QComboBox>(screen.get(), "cboUse")->setEditable(true);
+    child<QComboBox>(screen.get(), "cboUse")->setEditText(QStringLiteral("HYGEIA"));
+    desk->prompter.clear();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Please SELECT/Re-SELECT Company Whose Tariff is Used"));
+    EXPECT_EQ(rows(QStringLiteral("0009")), 0);
+}
+
+TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
+{
+    const int hygeia = rows(QStringLiteral("0004"));
+    const double total = number("SELECT sum(Price) FROM %1 WHERE Company = '0004'");
+
+    setTemplate(kHygeia, "YES");
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Bulk entry already exists for HYGEIA HMO"));
+
+    // Its own list at a percentage: the prices are scaled in place.
+    desk->prompter.clear();
+    setTemplate(kHygeia, "NO", kHygeia, "110");
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.messages().front().text,
+              QStringLiteral("Are you sure to update the Price List for HYGEIA HMO?"));
+    EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("save"));
+    EXPECT_EQ(rows(QStringLiteral("0004")), hygeia);
+    EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), total * 1.1, 0.01);
+    EXPECT_EQ(
+        audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYGEIA HMO")),
+        1);
+
+    // Deleting the existing list and copying another payer's at 50%.
+    setTemplate(kLeadway, "YES");
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    desk->prompter.clear();
+    setTemplate(kLeadway, "NO", kHygeia, "50");
+    child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.messages().front().text,
+              QStringLiteral("You are about to make bulk save of Drug items 'Deleting Existing "
+                             "Drug Tariff' for LEADWAY HEALTH Click YES to save items"));
+    EXPECT_EQ(rows(QStringLiteral("0009")), hygeia);
+    EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), total * 1.1 * 0.5,
+                0.01);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT count(*) FROM DrugNHISListEntered WHERE CoyID = "
+                                        "'0009' AND Type = ? AND useTariff = '0004'"),
+                         {kind().type})
+                  .toInt(),
+              1);
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("50% of HYGEIA HMO"));
+    EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
+                         QStringLiteral("LEADWAY HEALTH"),
+                     QStringLiteral("Tariff Used:50% of HYGEIA HMO")),
+              1);
+}
+
+TEST_P(Tariffs, DeletingAListThatIsNotThereIsHarmless)
+{
+    setTemplate(kLeadway, "YES");
+    child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Record Succesfully saved!!! Price values can now be edited"));
+    EXPECT_EQ(rows(QStringLiteral("0009")), masterItems());
+    EXPECT_FALSE(child<QCheckBox>(screen.get(), "chkDel")->isChecked());
+}
+
+TEST_P(Tariffs, ASingleItemIsAddedToAList)
+{
+    choose("cboHMO", kHygeia);
+    child<QCheckBox>(screen.get(), "chkAdd")->setChecked(true);
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Item Name"));
+    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("txtDrug"));
+    QTest::keyClicks(child<QLineEdit>(screen.get(), "txtDrug"), "ZINC O'XIDE [TUBE]");
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Price"));
+    QTest::keyClicks(child<QLineEdit>(screen.get(), "txtPrice"), "250");
+    const int before = rows(QStringLiteral("0004"));
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(rows(QStringLiteral("0004")), before + 1);
+    const QByteArray col = kind().itemColumn.toLatin1();
+    EXPECT_DOUBLE_EQ(number("SELECT Price FROM %1 WHERE " + col + " = ?",
+                            {QStringLiteral("ZINC O'XIDE [TUBE]")}),
+                     250);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT %1 FROM %2 WHERE Company = '0004' "
+                                        "ORDER BY SNo DESC LIMIT 1")
+                             .arg(kind().categoryColumn, kind().table))
+                  .toString(),
+              QStringLiteral("XXXX"));
+}
+
+TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
+{
+    QTest::keyClicks(child<QLineEdit>(screen.get(), "txtSearch"), "a");
+    EXPECT_EQ(desk->prompter.lastText(), kind().searchMessage);
+    EXPECT_TRUE(child<QLineEdit>(screen.get(), "txtSearch")->text().isEmpty());
+    click(screen.get(), "cmdEdit");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("No Item to Edit. Select a Company Tariff to Display Items to Edit"));
+
+    choose("cboHMO", kHygeia);
+    const QString first = cellText(grid(), 0, kind().viewItem);
+    const QString typed = first.left(4).toLower();
+    QTest::keyClicks(child<QLineEdit>(screen.get(), "txtSearch"), typed);
+    const int found = rowCount(grid());
+    ASSERT_GT(found, 0);
+    EXPECT_LT(found, rows(QStringLiteral("0004")));
+    for (int r = 0; r < found; ++r)
+        EXPECT_TRUE(cellText(grid(), r, kind().viewItem).startsWith(typed, Qt::CaseInsensitive));
+    click(screen.get(), "Command1");
+    EXPECT_EQ(rowCount(grid()), rows(QStringLiteral("0004")));
+}
+
+TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
+{
+    choose("cboHMO", kHygeia);
+    grid()->selectRow(2);
+    click(screen.get(), "cmdEdit");
+    child<QComboBox>(screen.get(), "cboVal")->setCurrentIndex(-1);
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Tariff Status "));
+    child<QComboBox>(screen.get(), "cboVal")->setCurrentText(QStringLiteral("NEGOTIATE"));
+    child<QLineEdit>(screen.get(), "txtPrice")->clear();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(), kind().priceMessage);
+    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("txtPrice"));
+    child<QLineEdit>(screen.get(), "txtPrice")->setText(QStringLiteral("21.5"));
+    EXPECT_EQ(label("lblWord"), QStringLiteral("Twenty One Naria and Fifty kobo only"));
+    child<QComboBox>(screen.get(), "cboCap")->setCurrentIndex(-1);
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Please Specify Whether Capitated or Not "));
+    child<QComboBox>(screen.get(), "cboCap")->setCurrentText(QStringLiteral("YES"));
+    const int sno = cellText(grid(), 2, QStringLiteral("SNO")).toInt();
+    click(screen.get(), "OKButton");
+    auto conn = ws->connect();
+    const auto row = conn->queryOne(sql("SELECT * FROM %1 WHERE SNo = ?"), {sno});
+    EXPECT_EQ(row->text(u"tariffStatus"), QStringLiteral("NEGOTIATE"));
+    EXPECT_EQ(row->text(u"Capitated"), QStringLiteral("YES"));
+    EXPECT_DOUBLE_EQ(row->toDouble(u"Price"), 21.5);
+    EXPECT_FALSE(static_cast<TariffPriceScreen*>(screen.get())->editing());
+}
+
+TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
+{
+    // A trigger refuses the 100th row of LEADWAY's list: the copy fails in the middle.
+    auto conn = ws->connect();
+    if (ws->backend() == db::Backend::Sqlite) {
+        conn->execScript(
+            sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
+                "WHEN NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
+                "WHERE Company = '0009') >= 99 "
+                "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"));
+    } else {
+        conn->execScript(
+            sql("CREATE FUNCTION inject_failure() RETURNS trigger AS $$ BEGIN "
+                "IF NEW.Company = '0009' AND (SELECT count(*) FROM %1 "
+                "WHERE Company = '0009') >= 99 THEN "
+                "RAISE EXCEPTION 'injected failure'; END IF; RETURN NEW; END $$ "
+                "LANGUAGE plpgsql"));
+        conn->execScript(
+            sql("CREATE TRIGGER inject_failure BEFORE INSERT ON %1 "
+                "FOR EACH ROW EXECUTE FUNCTION inject_failure()"));
+    }
+    // First an own list of a few rows, then the copy that deletes it and fails.
+    conn->exec(QStringLiteral("INSERT INTO %1 (%2, Price, Company, CoyName, Remarks) "
+                              "VALUES ('KEEP ME', 5, '0009', 'LEADWAY HEALTH', 'HMO')")
+                   .arg(kind().table, kind().itemColumn));
+    conn->exec(QStringLiteral("INSERT INTO DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
+                              "Pcent) VALUES ('0009', ?, 'HMO', '0009', 1)"),
+               {kind().type});
+    setTemplate(kLeadway, "NO", kHygeia, "85");
+    child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
+    desk->prompter.answerYes();
+    click(screen.get(), "OKButton");
+    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("injected failure")))
+        << desk->prompter.lastText().toStdString();
+    EXPECT_EQ(desk->prompter.last()->icon, Icon::Critical);
+    EXPECT_EQ(rows(QStringLiteral("0009")), 1);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT useTariff FROM DrugNHISListEntered WHERE CoyID = "
+                                        "'0009' AND Type = ?"),
+                         {kind().type})
+                  .toString(),
+              QStringLiteral("0009"));
+    EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
+                         QStringLiteral("LEADWAY HEALTH"),
+                     QStringLiteral("Tariff Used:85% of HYGEIA HMO")),
+              0);
+    // The screen stays as it was, ready to try again.
+    EXPECT_TRUE(child<QCheckBox>(screen.get(), "chkDel")->isChecked());
+}
+
+std::string paramName(const testing::TestParamInfo<Param>& info)
+{
+    const std::string backend =
+        backendName(testing::TestParamInfo<db::Backend>(std::get<0>(info.param), info.index));
+    return backend + "_" + TariffKind::all()[size_t(std::get<1>(info.param))]->type.toStdString();
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Lists, Tariffs,
+                         testing::Combine(testing::ValuesIn(backends()), testing::Values(0, 1, 2)),
+                         paramName);
