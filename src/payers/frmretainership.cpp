@@ -101,7 +101,7 @@ void frmRetainership::fillGrid()
     runCommand(this, m_ctx, [this] {
         const QString filter = m_search->text();
         QAbstractItemModel* old = m_model;
-        m_model = gridDb().gridModel(Retainership::listSql(!filter.isEmpty()),
+        m_model = m_ctx.db().gridModel(Retainership::listSql(!filter.isEmpty()),
                                        Retainership::listParams(filter), this);
         m_grid->setModel(m_model);
         delete old;
@@ -239,18 +239,7 @@ void frmRetainership::chooseAccount()
          {QStringLiteral("group"), m_ctx.session().defaults.Acct_Receivable}});
 }
 
-frmRetainership::~frmRetainership()
-{
-    // The grid's rows come from m_gridDb, which goes first among the members.
-    delete m_model;
-}
 
-db::Connection& frmRetainership::gridDb()
-{
-    if (!m_gridDb)
-        m_gridDb = m_ctx.openConnection();
-    return *m_gridDb;
-}
 
 TOLMAR_REGISTER_SCREEN(frmRetainership)
 

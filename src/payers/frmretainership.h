@@ -22,7 +22,6 @@ class frmRetainership : public QWidget {
     Q_OBJECT
 public:
     frmRetainership(AppContext& ctx, const QVariantMap& args = {}, QWidget* parent = nullptr);
-    ~frmRetainership() override;
 
     enum class Mode { View, Add, Edit };
     Mode mode() const { return m_mode; }
@@ -42,8 +41,6 @@ private:
 
     // The grid reads on a connection of its own: on SQLite a grid that has not fetched
     // all its rows holds a read snapshot, and the commands' reads must not see through it.
-    db::Connection& gridDb();
-    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     QLineEdit* m_name;
     QComboBox* m_client;

@@ -38,7 +38,7 @@ void frmRetainershipUpdDB::fillGrid()
 {
     runCommand(this, m_ctx, [this] {
         QAbstractItemModel* old = m_model;
-        m_model = gridDb().gridModel(Retainership::hmoListSql(), {kClientTypeHMO}, this);
+        m_model = m_ctx.db().gridModel(Retainership::hmoListSql(), {kClientTypeHMO}, this);
         m_grid->setModel(m_model);
         delete old;
         ui::fitColumns(m_grid, 260);
@@ -83,18 +83,7 @@ void frmRetainershipUpdDB::removeCurrent()
         fillGrid();
 }
 
-frmRetainershipUpdDB::~frmRetainershipUpdDB()
-{
-    // The grid's rows come from m_gridDb, which goes first among the members.
-    delete m_model;
-}
 
-db::Connection& frmRetainershipUpdDB::gridDb()
-{
-    if (!m_gridDb)
-        m_gridDb = m_ctx.openConnection();
-    return *m_gridDb;
-}
 
 TOLMAR_REGISTER_SCREEN(frmRetainershipUpdDB)
 

@@ -21,7 +21,6 @@ class frmRetainershipUpdDB : public QWidget {
 public:
     frmRetainershipUpdDB(AppContext& ctx, const QVariantMap& args = {},
                          QWidget* parent = nullptr);
-    ~frmRetainershipUpdDB() override;
 
 public slots:
     void fillGrid();
@@ -33,8 +32,6 @@ private:
 
     // The grid reads on a connection of its own: on SQLite a grid that has not fetched
     // all its rows holds a read snapshot, and the commands' reads must not see through it.
-    db::Connection& gridDb();
-    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     QTableView* m_grid;
     QAbstractItemModel* m_model = nullptr;

@@ -199,7 +199,7 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
 
 TariffPriceScreen::~TariffPriceScreen()
 {
-    // The grid's rows come from m_gridDb, which goes first among the members.
+    // The cell view reads through the rows model: it goes first.
     delete m_cells;
     delete m_rows;
 }
@@ -250,7 +250,7 @@ void TariffPriceScreen::fillGridHMO()
         const QString category = m_invi ? m_invi->text() : QString();
         QAbstractItemModel* oldRows = m_rows;
         PriceCellModel* oldCells = m_cells;
-        m_rows = gridDb().gridModel(m_list->gridSql(!searchText.isEmpty(), !category.isEmpty()),
+        m_rows = m_ctx.db().gridModel(m_list->gridSql(!searchText.isEmpty(), !category.isEmpty()),
                                     TariffList::gridParams(m_coyID, searchText, category), this);
         m_cells = new PriceCellModel(this);
         m_cells->setSourceModel(m_rows);
@@ -451,12 +451,6 @@ bool TariffPriceScreen::cellPriceTyped(int row, const QString& price)
     return stored;
 }
 
-db::Connection& TariffPriceScreen::gridDb()
-{
-    if (!m_gridDb)
-        m_gridDb = m_ctx.openConnection();
-    return *m_gridDb;
-}
 
 frmDrugPriceHMO::frmDrugPriceHMO(AppContext& ctx, const QVariantMap&, QWidget* parent)
     : TariffPriceScreen(ctx, TariffKind::drugs(), parent)

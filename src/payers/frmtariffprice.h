@@ -56,8 +56,6 @@ private:
 
     // The grid reads on a connection of its own: on SQLite a grid that has not fetched
     // all its rows holds a read snapshot, and the commands' reads must not see through it.
-    db::Connection& gridDb();
-    std::unique_ptr<db::Connection> m_gridDb;
     AppContext& m_ctx;
     std::unique_ptr<TariffList> m_list;
     QString m_coyID;  // the payer whose list is shown

@@ -315,6 +315,7 @@ Connection::Connection(LocalTag, const QString& path, bool create)
 {
     m_config.backend = Backend::Sqlite;
     m_config.sqliteDir = QFileInfo(path).absolutePath();
+    m_local = true;
     openLocal(path, create);
 }
 
@@ -538,9 +539,16 @@ void Connection::rollback()
 
 namespace {
 // Grids show what the statement gives, but NULL as blank and dates in the short form.
+// The model reads on a connection of its own: rows are fetched as the view scrolls, and on
+// SQLite an unfinished read pins its connection to the moment it began, so a grid on a
+// shared connection would keep every later statement there from seeing new rows.
 class GridModel : public QSqlQueryModel {
 public:
-    using QSqlQueryModel::QSqlQueryModel;
+    GridModel(std::unique_ptr<Connection> own, QObject* parent)
+        : QSqlQueryModel(parent), m_own(std::move(own))
+    {
+    }
+    ~GridModel() override { clear(); }  // the query goes before its connection
     QVariant data(const QModelIndex& index, int role) const override
     {
         const QVariant v = QSqlQueryModel::data(index, role);
@@ -563,13 +571,19 @@ public:
         }
         return v;
     }
+
+private:
+    std::unique_ptr<Connection> m_own;
 };
 }  // namespace
 
 QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& params,
                                           QObject* parent)
 {
-    QSqlDatabase d = QSqlDatabase::database(m_name, false);
+    std::unique_ptr<Connection> own;
+    if (!m_local)
+        own = std::make_unique<Connection>(m_config, m_db);
+    QSqlDatabase d = QSqlDatabase::database(own ? own->m_name : m_name, false);
     QSqlQuery q(d);
     if (!q.prepare(sql))
         throw DbError(errorText(q.lastError()), sql);
@@ -577,7 +591,7 @@ QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& para
         q.bindValue(i, bindable(params[size_t(i)]));
     if (!q.exec())
         throw DbError(errorText(q.lastError()), sql);
-    auto* model = new GridModel(parent);
+    auto* model = new GridModel(std::move(own), parent);
     model->setQuery(std::move(q));
     if (model->lastError().isValid())
         throw DbError(errorText(model->lastError()), sql);

@@ -151,7 +151,8 @@ public:
     // at commit (PostgreSQL). Nothing about the data's safety once committed changes.
     void tuneForBulkLoad();
 
-    // A read-only grid model over a statement that fetches rows as the view scrolls.
+    // A read-only grid model over a statement that fetches rows as the view scrolls, on a
+    // connection the model opens for itself (so it never holds this one's reads back).
     // The model is owned by parent.
     QAbstractItemModel* gridModel(const QString& sql, const Params& params, QObject* parent);
 
@@ -174,6 +175,7 @@ private:
     Database m_db;
     QString m_name;
     int m_txDepth = 0;
+    bool m_local = false;
     std::unique_ptr<Cache> m_cache;
 };
 
