@@ -18,7 +18,7 @@ AppContext::AppContext(QString homeDir, Prompter& prompter, Clock& clock)
 AppContext::~AppContext()
 {
     m_screens.reset();
-    m_shared.clear();
+    resetConnections();
 }
 
 QString AppContext::homePath(const QString& file) const { return QDir(m_home).filePath(file); }
@@ -31,7 +31,7 @@ void AppContext::setServer(const db::ServerConfig& config)
                       old.pgDatabase == config.pgDatabase && old.user == config.user;
     m_session.server = config;
     if (!same)
-        m_shared.clear();
+        resetConnections();
 }
 
 db::Connection& AppContext::db(db::Database which)
@@ -47,7 +47,18 @@ std::unique_ptr<db::Connection> AppContext::openConnection(db::Database which)
     return std::make_unique<db::Connection>(m_session.server, which);
 }
 
-void AppContext::resetConnections() { m_shared.clear(); }
+db::Connection& AppContext::drawConnection()
+{
+    if (!m_draws)
+        m_draws = std::make_unique<db::Connection>(m_session.server, db::Database::Hospital);
+    return *m_draws;
+}
+
+void AppContext::resetConnections()
+{
+    m_shared.clear();
+    m_draws.reset();
+}
 
 void AppContext::refreshServerClock()
 {

@@ -40,6 +40,10 @@ public:
     db::Connection& db(db::Database which = db::Database::Hospital);
     // A connection of its own for a command that writes; closed when the pointer goes.
     std::unique_ptr<db::Connection> openConnection(db::Database which = db::Database::Hospital);
+    // The connection identifier draws run on: its own, kept for the run, never inside a
+    // transaction, so a draw commits at once whatever the desk's save is doing.
+    db::Connection& drawConnection();
+    void resetDrawConnection() { m_draws.reset(); }
     // Drops the shared connections (after a failure the next use reconnects).
     void resetConnections();
 
@@ -60,6 +64,7 @@ private:
     Session m_session;
     std::unique_ptr<ScreenHost> m_screens;
     std::map<db::Database, std::unique_ptr<db::Connection>> m_shared;
+    std::unique_ptr<db::Connection> m_draws;
 };
 
 }  // namespace tolmar

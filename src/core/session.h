@@ -9,6 +9,8 @@
 #include <QMap>
 #include <QString>
 
+#include <memory>
+
 namespace tolmar {
 
 inline constexpr int kVersionMajor = 21;
@@ -118,6 +120,10 @@ struct Session {
     // The date and time a clinic-date picker chose for an appointment.
     QDate apptDate;
     QString apptTime;
+
+    // The coded diagnoses (vwICD), read once a run and shared by every screen that needs
+    // them (core/diagnoses.h).
+    std::shared_ptr<const db::Result> diagnosisList;
 
     // The activity row of this run.
     int activitySNo = 0;

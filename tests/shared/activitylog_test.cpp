@@ -1,0 +1,239 @@
+// The activity row of a run and the audit entry, on both backends: what each path writes,
+// the number the session keeps, and that neither ever fails the action that called it.
+#include "support/workspace.h"
+
+#include "core/activitylog.h"
+#include "core/audit.h"
+#include "core/startup.h"
+
+using namespace tolmar;
+using namespace tolmar::test;
+
+namespace {
+
+class ActivityLog : public BackendTest {
+protected:
+    void SetUp() override
+    {
+        BackendTest::SetUp();
+        desk = std::make_unique<Desk>(*ws);
+        desk->startUp();
+        if (HasFatalFailure())
+            return;
+        desk->ctx.session().computerName = QStringLiteral("FRONTDESK-2");
+    }
+    void TearDown() override
+    {
+        desk.reset();
+        BackendTest::TearDown();
+    }
+    std::optional<db::Row> activityRow(int sno) const
+    {
+        return ws->connect()->queryOne(QStringLiteral("SELECT * FROM UserActivities WHERE SNO = ?"),
+                                       {sno});
+    }
+    int count(const QString& table) const
+    {
+        return ws->scalar(QStringLiteral("SELECT count(*) FROM ") + table).toInt();
+    }
+    std::unique_ptr<Desk> desk;
+};
+
+TEST_P(ActivityLog, OpeningTheRunWritesTheRowAndKeepsItsNumber)
+{
+    Session& s = desk->ctx.session();
+    s.activitySNo = 0;
+    desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(8, 5, 40)));
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+
+    ASSERT_GT(s.activitySNo, 0);
+    const auto row = activityRow(s.activitySNo);
+    ASSERT_TRUE(row);
+    EXPECT_EQ(row->text(u"Username"), QStringLiteral("demo"));
+    EXPECT_EQ(row->date(u"LoginDate"), QDate(2026, 11, 23));
+    EXPECT_EQ(row->text(u"LoginTime"), QStringLiteral("08:05"));
+    EXPECT_FALSE(row->toBool(u"islogout"));
+    EXPECT_EQ(row->toInt(u"AppVersion"), kVersionMajor);
+    EXPECT_TRUE(row->isNull(u"LogoutDate"));
+    EXPECT_TRUE(row->isNull(u"LogoutTime"));
+    EXPECT_FALSE(row->toBool(u"AutoLogoff"));
+    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS"));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+}
+
+TEST_P(ActivityLog, RowOpenedAsLoggedOutCarriesItsLogoutTime)
+{
+    openActivityRow(desk->ctx, true, false, QStringLiteral("RECORDS"));
+    const auto row = activityRow(desk->ctx.session().activitySNo);
+    ASSERT_TRUE(row);
+    EXPECT_TRUE(row->toBool(u"islogout"));
+    EXPECT_EQ(row->date(u"LogoutDate"), QDate(2026, 11, 23));
+    EXPECT_EQ(row->text(u"LogoutTime"), QStringLiteral("09:30"));
+}
+
+TEST_P(ActivityLog, EachDeskKeepsTheNumberOfItsOwnRow)
+{
+    Desk other(*ws);
+    other.ctx.session().userName = QStringLiteral("manager");
+    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
+    openActivityRow(other.ctx, false, false, QStringLiteral("RECORDS"));
+    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
+    const int mine = desk->ctx.session().activitySNo;
+    const int theirs = other.ctx.session().activitySNo;
+    EXPECT_NE(mine, theirs);
+    EXPECT_EQ(activityRow(mine)->text(u"Username"), QStringLiteral("demo"));
+    EXPECT_EQ(activityRow(theirs)->text(u"Username"), QStringLiteral("manager"));
+}
+
+TEST_P(ActivityLog, ReloadingTheDefaultsOpensNoSecondRow)
+{
+    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
+    const int sno = desk->ctx.session().activitySNo;
+    ASSERT_EQ(runStartup(desk->ctx).outcome, StartupResult::Ok);
+    EXPECT_EQ(count(QStringLiteral("UserActivities")), 1);
+    EXPECT_EQ(desk->ctx.session().activitySNo, sno);
+}
+
+TEST_P(ActivityLog, LogOffClosesTheRowWithTheRemarksOfThePath)
+{
+    Session& s = desk->ctx.session();
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    s.autoLogoff = true;
+    desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(17, 45)));
+    closeActivityRow(desk->ctx, true, false, s.loginRole + QStringLiteral("/SELF"));
+
+    EXPECT_FALSE(s.autoLogoff);
+    const auto row = activityRow(s.activitySNo);
+    ASSERT_TRUE(row);
+    EXPECT_TRUE(row->toBool(u"islogout"));
+    EXPECT_EQ(row->date(u"LogoutDate"), QDate(2026, 11, 23));
+    EXPECT_EQ(row->text(u"LogoutTime"), QStringLiteral("17:45"));
+    EXPECT_FALSE(row->toBool(u"AutoLogoff"));
+    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS/SELF"));
+    // What the open wrote stays as it was.
+    EXPECT_EQ(row->text(u"LoginTime"), QStringLiteral("09:30"));
+    EXPECT_EQ(row->text(u"Username"), QStringLiteral("demo"));
+}
+
+TEST_P(ActivityLog, AutomaticEndIsRecordedAsSuch)
+{
+    Session& s = desk->ctx.session();
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    closeActivityRow(desk->ctx, true, true, s.loginRole);
+    const auto row = activityRow(s.activitySNo);
+    EXPECT_TRUE(row->toBool(u"AutoLogoff"));
+    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS"));
+}
+
+TEST_P(ActivityLog, CloseWithoutLogoutLeavesTheLogoutTimeEmpty)
+{
+    Session& s = desk->ctx.session();
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    closeActivityRow(desk->ctx, false, false, QStringLiteral("STILL HERE"));
+    const auto row = activityRow(s.activitySNo);
+    EXPECT_FALSE(row->toBool(u"islogout"));
+    EXPECT_TRUE(row->isNull(u"LogoutDate"));
+    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("STILL HERE"));
+}
+
+TEST_P(ActivityLog, CloseOfANumberNoLongerInTheTableDoesNothing)
+{
+    Session& s = desk->ctx.session();
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    ws->exec(QStringLiteral("DELETE FROM UserActivities"));
+    closeActivityRow(desk->ctx, true, false, s.loginRole);
+    EXPECT_EQ(count(QStringLiteral("UserActivities")), 0);
+    EXPECT_TRUE(desk->prompter.messages().empty());
+}
+
+TEST_P(ActivityLog, FailedOpenIsShownAndKeepsTheNumberTheRunHad)
+{
+    Session& s = desk->ctx.session();
+    s.activitySNo = 41;
+    ws->connect()->execScript(QStringLiteral("DROP TABLE UserActivities"));
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    EXPECT_EQ(s.activitySNo, 41);
+    ASSERT_EQ(desk->prompter.messages().size(), 1u);
+    EXPECT_FALSE(desk->prompter.lastText().isEmpty());
+}
+
+TEST_P(ActivityLog, FailedCloseNeverReachesTheCaller)
+{
+    Session& s = desk->ctx.session();
+    openActivityRow(desk->ctx, false, false, s.loginRole);
+    ws->connect()->execScript(QStringLiteral("DROP TABLE UserActivities"));
+    EXPECT_NO_THROW(closeActivityRow(desk->ctx, true, false, s.loginRole));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+}
+
+// ---------------------------------------------------------------------------------------
+
+using Audit = ActivityLog;
+
+TEST_P(Audit, EntryHoldsTheSevenValuesInOrder)
+{
+    desk->clock.setServer(QDateTime(QDate(2026, 11, 24), QTime(14, 7)));
+    SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Change Password "),
+                QStringLiteral("001/000000007"), QStringLiteral("O'Neil's card [old]"),
+                QStringLiteral("FRONTDESK-2"));
+    const auto rows = ws->connect()->query(QStringLiteral(
+        "SELECT userName, userAction, ActionDate, ActionTime, TranCode, Remarks, Src "
+        "FROM AuditTrail"));
+    ASSERT_EQ(rows.size(), 1u);
+    const db::Row& r = rows.front();
+    EXPECT_EQ(r.text(u"userName"), QStringLiteral("demo"));
+    EXPECT_EQ(r.text(u"userAction"), QStringLiteral("Change Password "));
+    EXPECT_EQ(r.date(u"ActionDate"), QDate(2026, 11, 24));
+    EXPECT_EQ(r.text(u"ActionTime"), QStringLiteral("14:07"));
+    EXPECT_EQ(r.text(u"TranCode"), QStringLiteral("001/000000007"));
+    EXPECT_EQ(r.text(u"Remarks"), QStringLiteral("O'Neil's card [old]"));
+    EXPECT_EQ(r.text(u"Src"), QStringLiteral("FRONTDESK-2: from RECORDS"));
+}
+
+TEST_P(Audit, OverlongValuesAreCutToTheirSizes)
+{
+    const QString longName(80, QLatin1Char('u'));
+    const QString longAction(1500, QLatin1Char('a'));
+    const QString longComputer(150, QLatin1Char('c'));
+    SpAudiTrail(desk->ctx, longName, longAction, QString(60, QLatin1Char('t')),
+                QString(1200, QLatin1Char('r')), longComputer);
+    const auto r = ws->connect()->queryOne(QStringLiteral("SELECT * FROM AuditTrail"));
+    ASSERT_TRUE(r);
+    EXPECT_EQ(r->text(u"userName").size(), kAuditUserNameSize);
+    EXPECT_EQ(r->text(u"userAction").size(), kAuditActionSize);
+    EXPECT_EQ(r->text(u"TranCode").size(), kAuditTranCodeSize);
+    EXPECT_EQ(r->text(u"Remarks").size(), kAuditRemarksSize);
+    EXPECT_EQ(r->text(u"Src"), longComputer.left(kAuditSrcSize));
+}
+
+TEST_P(Audit, FailedEntryNeverFailsTheAction)
+{
+    ws->connect()->execScript(QStringLiteral("DROP TABLE AuditTrail"));
+    EXPECT_NO_THROW(SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Registration"),
+                                QStringLiteral("001/000000001"), QString(),
+                                QStringLiteral("FRONTDESK-2")));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+}
+
+TEST_P(Audit, EntryStandsWhenTheCallersTransactionRollsBack)
+{
+    // Only a server lets a second connection write while a transaction is open; on SQLite
+    // the callers write their audit entries after the commit.
+    if (GetParam() != db::Backend::Postgres)
+        GTEST_SKIP() << "needs a server";
+    auto save = desk->ctx.openConnection();
+    {
+        db::Transaction tx(*save);
+        save->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
+                   {QStringLiteral("AUDIT TEST AREA")});
+        SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Registration"),
+                    QStringLiteral("001/000000001"), QString(), QStringLiteral("FRONTDESK-2"));
+    }
+    EXPECT_EQ(count(QStringLiteral("hPatientArea WHERE AreaName = 'AUDIT TEST AREA'")), 0);
+    EXPECT_EQ(count(QStringLiteral("AuditTrail")), 1);
+}
+
+TOLMAR_INSTANTIATE_BACKENDS(ActivityLog);
+TOLMAR_INSTANTIATE_BACKENDS(Audit);
+
+}  // namespace

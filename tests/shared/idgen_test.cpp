@@ -1,0 +1,285 @@
+// The identifier generator on both backends: the composed values of each series, what a
+// missing series gives, many desks drawing at once (threads and separate processes), and
+// the two repairs closing the gap that a rolled-back save leaves.
+#include "support/workspace.h"
+
+#include "core/idgen.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QSet>
+#include <QTemporaryDir>
+
+#include <thread>
+
+using namespace tolmar;
+using namespace tolmar::test;
+
+namespace {
+
+class IdGen : public BackendTest {
+protected:
+    void SetUp() override
+    {
+        BackendTest::SetUp();
+        desk = std::make_unique<Desk>(*ws);
+    }
+    void TearDown() override
+    {
+        desk.reset();
+        BackendTest::TearDown();
+    }
+    qint64 counter(const QString& series) const
+    {
+        return ws->scalar(QStringLiteral("SELECT id FROM idgen WHERE destName = ?"), {series})
+            .toLongLong();
+    }
+    void addVisit(db::Connection& c, const QString& consultID) const
+    {
+        c.exec(QStringLiteral("INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"),
+               {QDate(2026, 11, 23), QStringLiteral("001/000000001"), consultID});
+    }
+    std::unique_ptr<Desk> desk;
+};
+
+TEST(ComposeIdentifier, PadsToTheWidthOrGivesTheBareNumber)
+{
+    EXPECT_EQ(composeIdentifier(QStringLiteral("001/"), 7, 9), QStringLiteral("001/000000007"));
+    EXPECT_EQ(composeIdentifier(QStringLiteral("001"), 123456789, 9),
+              QStringLiteral("001123456789"));
+    EXPECT_EQ(composeIdentifier(QString(), 42, 0), QStringLiteral("42"));
+    EXPECT_EQ(composeIdentifier(QStringLiteral("X"), 42, 0), QStringLiteral("42"));
+    // A number that outgrows its width would make a 13-character ConsultID (a split bill)
+    // or a PNo too long for its column: no identifier at all.
+    EXPECT_EQ(composeIdentifier(QStringLiteral("001"), 1000000000, 9), QString());
+}
+
+TEST_P(IdGen, EachSeriesGivesItsOwnShapeAndAdvances)
+{
+    Session& s = desk->ctx.session();
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000001"));
+    EXPECT_EQ(s.lastIdentifier, QStringLiteral("001/000000001"));
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000002"));
+
+    const QString consult = getIDNo(desk->ctx, kSeriesConsultID);
+    EXPECT_EQ(consult, QStringLiteral("001000000001"));
+    EXPECT_EQ(consult.size(), 12);
+    EXPECT_EQ(s.lastIdentifier, consult);
+
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatient), QStringLiteral("1"));
+    EXPECT_EQ(counter(kSeriesPatientNo), 2);
+    EXPECT_EQ(counter(kSeriesConsultID), 1);
+}
+
+TEST_P(IdGen, TheSeriesNameIsMatchedExactly)
+{
+    // "Patient" and "PATIENT2" are different series; a near miss is no series at all.
+    getIDNo(desk->ctx, kSeriesPatient);
+    EXPECT_EQ(counter(kSeriesPatientNo), 0);
+    EXPECT_EQ(getIDNo(desk->ctx, QStringLiteral("patient2")), QString());
+    EXPECT_EQ(counter(kSeriesPatientNo), 0);
+}
+
+TEST_P(IdGen, MissingSeriesGivesNothingAndClearsTheLastIdentifier)
+{
+    Session& s = desk->ctx.session();
+    getIDNo(desk->ctx, kSeriesPatientNo);
+    ASSERT_FALSE(s.lastIdentifier.isEmpty());
+    EXPECT_EQ(getIDNo(desk->ctx, QStringLiteral("NoSuchSeries")), QString());
+    EXPECT_EQ(s.lastIdentifier, QString());
+}
+
+TEST_P(IdGen, PrefixAndWidthComeFromTheDatabase)
+{
+    ws->exec(QStringLiteral("UPDATE idgen SET prefix = ?, width = ?, id = ? WHERE destName = ?"),
+             {QStringLiteral("014/"), 9, 41, kSeriesPatientNo});
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("014/000000042"));
+}
+
+TEST_P(IdGen, ExhaustedSeriesGivesNothing)
+{
+    ws->exec(QStringLiteral("UPDATE idgen SET id = ? WHERE destName = ?"),
+             {999999999, kSeriesConsultID});
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QString());
+}
+
+TEST_P(IdGen, DrawInsideATransactionIsRefused)
+{
+    auto c = ws->connect();
+    db::Transaction tx(*c);
+    EXPECT_THROW(drawIdentifier(*c, kSeriesPatientNo), std::logic_error);
+}
+
+TEST_P(IdGen, DatabaseFailureReachesTheCaller)
+{
+    ws->connect()->execScript(QStringLiteral("DROP TABLE idgen"));
+    EXPECT_THROW(getIDNo(desk->ctx, kSeriesPatientNo), db::DbError);
+    EXPECT_EQ(desk->ctx.session().lastIdentifier, QString());
+}
+
+TEST_P(IdGen, ManyConnectionsDrawingAtOnceNeverShareOrLoseANumber)
+{
+    constexpr int kThreads = 8;
+    constexpr int kDraws = 150;
+    std::vector<QStringList> drawn(kThreads);
+    std::vector<std::string> errors(kThreads);
+    std::vector<std::thread> threads;
+    const db::ServerConfig server = ws->server();
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            try {
+                db::Connection c(server, db::Database::Hospital);
+                for (int i = 0; i < kDraws; ++i)
+                    drawn[size_t(t)] << drawIdentifier(c, kSeriesConsultID);
+            } catch (const std::exception& e) {
+                errors[size_t(t)] = e.what();
+            }
+        });
+    }
+    for (auto& th : threads)
+        th.join();
+    QSet<QString> all;
+    for (int t = 0; t < kThreads; ++t) {
+        EXPECT_EQ(errors[size_t(t)], "");
+        // Each connection sees its own values rise.
+        for (int i = 1; i < drawn[size_t(t)].size(); ++i)
+            EXPECT_LT(drawn[size_t(t)][i - 1], drawn[size_t(t)][i]);
+        for (const QString& v : drawn[size_t(t)])
+            all.insert(v);
+    }
+    ASSERT_EQ(all.size(), kThreads * kDraws);
+    for (int n = 1; n <= kThreads * kDraws; ++n)
+        EXPECT_TRUE(all.contains(composeIdentifier(QStringLiteral("001"), n, 9))) << n;
+    EXPECT_EQ(counter(kSeriesConsultID), kThreads * kDraws);
+}
+
+// A worker process for the test below: draws from a series and writes what it got.
+TEST(IdGenWorker, Draw)
+{
+    const QString server = qEnvironmentVariable("TOLMAR_IDGEN_WORKER_SERVER");
+    if (server.isEmpty())
+        GTEST_SKIP() << "run by SeparateProcessesNeverShareOrLoseANumber";
+    const int draws = qEnvironmentVariableIntValue("TOLMAR_IDGEN_WORKER_DRAWS");
+    db::Connection c(db::ServerConfig::fromServerName(server), db::Database::Hospital);
+    QStringList got;
+    for (int i = 0; i < draws; ++i)
+        got << drawIdentifier(c, kSeriesPatientNo);
+    QFile out(qEnvironmentVariable("TOLMAR_IDGEN_WORKER_OUT"));
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    out.write(got.join(QLatin1Char('\n')).toUtf8());
+}
+
+TEST_P(IdGen, SeparateProcessesNeverShareOrLoseANumber)
+{
+    constexpr int kProcesses = 4;
+    constexpr int kDraws = 100;
+    QTemporaryDir outDir;
+    std::vector<std::unique_ptr<QProcess>> workers;
+    for (int p = 0; p < kProcesses; ++p) {
+        auto proc = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_SERVER"), ws->serverName());
+        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_DRAWS"), QString::number(kDraws));
+        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_OUT"),
+                   outDir.filePath(QString::number(p)));
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        proc->setProcessEnvironment(env);
+        proc->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        proc->start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("--gtest_filter=IdGenWorker.Draw")});
+        workers.push_back(std::move(proc));
+    }
+    QSet<QString> all;
+    for (int p = 0; p < kProcesses; ++p) {
+        ASSERT_TRUE(workers[size_t(p)]->waitForFinished(120000));
+        EXPECT_EQ(workers[size_t(p)]->exitCode(), 0);
+        QFile f(outDir.filePath(QString::number(p)));
+        ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+        const QStringList got = QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'));
+        EXPECT_EQ(got.size(), kDraws);
+        for (const QString& v : got)
+            all.insert(v);
+    }
+    ASSERT_EQ(all.size(), kProcesses * kDraws);
+    for (int n = 1; n <= kProcesses * kDraws; ++n)
+        EXPECT_TRUE(all.contains(composeIdentifier(QStringLiteral("001/"), n, 9))) << n;
+}
+
+TEST_P(IdGen, RepairClosesTheGapOfARolledBackVisit)
+{
+    // A visit saved, then one whose save rolls back after drawing its number.
+    const QString first = getIDNo(desk->ctx, kSeriesConsultID);
+    {
+        auto c = desk->ctx.openConnection();
+        db::Transaction tx(*c);
+        addVisit(*c, first);
+        tx.commit();
+    }
+    const QString burned = getIDNo(desk->ctx, kSeriesConsultID);
+    {
+        auto c = desk->ctx.openConnection();
+        db::Transaction tx(*c);
+        addVisit(*c, burned);
+    }  // rolled back
+    EXPECT_EQ(counter(kSeriesConsultID), 2);
+
+    updateAttendanceID(desk->ctx);
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), burned);
+}
+
+TEST_P(IdGen, AttendanceRepairReadsTheNewestOrdinaryVisit)
+{
+    auto c = ws->connect();
+    addVisit(*c, QStringLiteral("001000000950"));
+    addVisit(*c, QStringLiteral("OFL000000999"));  // not an ordinary visit number
+    addVisit(*c, QStringLiteral("001000000017"));  // newest by recID, though lower
+    updateAttendanceID(desk->ctx);
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QStringLiteral("001000000018"));
+}
+
+TEST_P(IdGen, AttendanceRepairWithoutVisitsLeavesTheCounter)
+{
+    ws->exec(QStringLiteral("UPDATE idgen SET id = 77 WHERE destName = ?"), {kSeriesConsultID});
+    updateAttendanceID(desk->ctx);
+    EXPECT_EQ(counter(kSeriesConsultID), 77);
+}
+
+TEST_P(IdGen, AttendanceRepairOfAVisitNumberedOnlyByItsPrefixStartsAtOne)
+{
+    auto c = ws->connect();
+    addVisit(*c, QStringLiteral("001"));
+    updateAttendanceID(desk->ctx);
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QStringLiteral("001000000001"));
+}
+
+TEST_P(IdGen, AttendanceRepairRefusesANumberThatIsNoNumber)
+{
+    ws->exec(QStringLiteral("UPDATE idgen SET id = 5 WHERE destName = ?"), {kSeriesConsultID});
+    auto c = ws->connect();
+    addVisit(*c, QStringLiteral("001OFL0000012"));
+    EXPECT_THROW(updateAttendanceID(desk->ctx), std::runtime_error);
+    EXPECT_EQ(counter(kSeriesConsultID), 5);
+}
+
+TEST_P(IdGen, PatientRepairFollowsTheHighestPatientNumber)
+{
+    for (const char* pno : {"001/000000003", "001/000000120", "001/000000045"})
+        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo) VALUES (?)"),
+                 {QString::fromLatin1(pno)});
+    updatePatientID(desk->ctx);
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000121"));
+}
+
+TEST_P(IdGen, PatientRepairWithoutPatientsLeavesTheCounter)
+{
+    ws->exec(QStringLiteral("UPDATE idgen SET id = 12 WHERE destName = ?"), {kSeriesPatientNo});
+    updatePatientID(desk->ctx);
+    EXPECT_EQ(counter(kSeriesPatientNo), 12);
+}
+
+TOLMAR_INSTANTIATE_BACKENDS(IdGen);
+
+}  // namespace
