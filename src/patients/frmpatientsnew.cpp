@@ -2,6 +2,7 @@
 
 #include "billing/debt.h"
 #include "clinical/doctorallocation.h"
+#include "core/age.h"
 #include "core/appcontext.h"
 #include "core/command.h"
 #include "core/formats.h"
@@ -1026,7 +1027,7 @@ void frmPatientsNew::dobChanged()
         m_txtAge->clear();
         return;
     }
-    m_txtAge->setText(QString::number(dob.daysTo(m_ctx.session().serverDate) / 365));
+    m_txtAge->setText(ageText(m_ctx, dob));
 }
 
 void frmPatientsNew::attendanceTicked(bool on)

@@ -3,7 +3,9 @@
 #include "billing/chargelines.h"
 #include "core/appcontext.h"
 #include "core/command.h"
+#include "core/audit.h"
 #include "core/listentry.h"
+#include "core/patientinfo.h"
 #include "patients/patientrecord.h"
 
 namespace tolmar::patients {
@@ -172,6 +174,12 @@ void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out)
                                          "Patient Before Attendance can be Taken"),
                           clinicBox, QStringLiteral("LockAttendanceForInPatients"));
 
+    if (AppDefaults::isYes(d.LockMultipleAttendnace) && !req.pno.isEmpty() &&
+        visitedToday(ctx, req.pno))
+        throw CheckFailed(QStringLiteral("Patient Attendance already Taken! Duplicate not "
+                                         "allowed!! Proceed to see Nurse/Doctor"),
+                          clinicBox, QStringLiteral("LockMultipleAttendnace"));
+
     if (!isPrivatePayer(req.retainID, d.PRIVATE))
         return;
     if (!req.expiryDate.isValid())
@@ -212,7 +220,8 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
                {pno});
     conn->exec(QStringLiteral("DELETE FROM hPatients WHERE PNo = ?"), {pno});
     tx.commit();
-    Q_UNUSED(name);
+    SpAudiTrail(ctx, s.userName, QStringLiteral("Delete Patient: %1 ").arg(name), pno,
+                QStringLiteral("Delete Patient: %1 ").arg(name), s.computerName);
     return true;
 }
 
