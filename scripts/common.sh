@@ -7,7 +7,7 @@ TOLMAR_PACKAGES=(
     libqt6sql6-sqlite libqt6sql6-psql qt6-charts-dev qt6-multimedia-dev
     libxlsxwriter-dev libcurl4-openssl-dev
     googletest libgtest-dev libbenchmark-dev
-    fonts-dejavu-core xvfb xauth postgresql unzip
+    fonts-dejavu-core xvfb xauth postgresql unzip poppler-utils
 )
 
 tolmar_install_packages() {

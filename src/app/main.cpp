@@ -127,6 +127,7 @@ int main(int argc, char* argv[])
 
     window = std::make_unique<tolmar::MdiTolmar>(ctx);
     prompter.setParent(window.get());
+    window->load();
     window->show();
 
     if (cl.isSet(shot)) {

@@ -53,6 +53,19 @@ QWidget* ScreenHost::open(const QString& name, const QVariantMap& args)
     QWidget* w = create(name, args);
     if (!w)
         return nullptr;
+    place(w);
+    return w;
+}
+
+QWidget* ScreenHost::show(QWidget* screen)
+{
+    screen->setAttribute(Qt::WA_DeleteOnClose);
+    place(screen);
+    return screen;
+}
+
+void ScreenHost::place(QWidget* w)
+{
     if (m_area && !qobject_cast<QDialog*>(w)) {
         QMdiSubWindow* sub = m_area->addSubWindow(w);
         sub->setAttribute(Qt::WA_DeleteOnClose);
@@ -63,7 +76,6 @@ QWidget* ScreenHost::open(const QString& name, const QVariantMap& args)
     } else {
         w->show();
     }
-    return w;
 }
 
 bool ScreenHost::openModal(const QString& name, const QVariantMap& args)

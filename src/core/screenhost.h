@@ -33,6 +33,9 @@ public:
 
     // Shows the screen (bringing an open one forward); nullptr when the name is unknown.
     QWidget* open(const QString& name, const QVariantMap& args = {});
+    // Shows a screen that the caller built itself (a report with its rows) the way open()
+    // shows one: inside the frame, closed and deleted with its window.
+    QWidget* show(QWidget* screen);
     // Runs the screen as a modal dialog and returns when it closes. False if unknown.
     bool openModal(const QString& name, const QVariantMap& args = {});
     // The open instance of a screen, if any.
@@ -42,6 +45,7 @@ public:
 
 private:
     QWidget* create(const QString& name, const QVariantMap& args);
+    void place(QWidget* w);
     AppContext& m_ctx;
     QPointer<QMdiArea> m_area;
     QHash<QString, QPointer<QWidget>> m_open;

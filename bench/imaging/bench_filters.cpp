@@ -1,0 +1,223 @@
+// Times every pixel filter on one large image, one thread, and sets the matching OpenCV
+// operations beside them when OpenCV is there. Best of several runs, so that page faults
+// of the first run and other noise do not count.
+
+#include "imaging/engine/bit_filter.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+
+#if TOLMAR_BENCH_OPENCV
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+#endif
+
+using namespace tolmar::imaging;
+
+namespace {
+
+constexpr int kRuns = 11;
+
+double bestOf1(const std::function<void()>& fn)
+{
+    const auto t0 = std::chrono::steady_clock::now();
+    fn();
+    const auto t1 = std::chrono::steady_clock::now();
+    return std::chrono::duration<double, std::milli>(t1 - t0).count();
+}
+
+double bestMs(const std::function<void()>& fn)
+{
+    double best = 1e300;
+    for (int i = 0; i < kRuns; ++i) {
+        const auto t0 = std::chrono::steady_clock::now();
+        fn();
+        const auto t1 = std::chrono::steady_clock::now();
+        best = std::min(best, std::chrono::duration<double, std::milli>(t1 - t0).count());
+    }
+    return best;
+}
+
+BitsBuffer testImage(int w, int h)
+{
+    // A smooth picture with some grain: closer to a photograph than pure noise.
+    BitsBuffer b(w, h);
+    std::mt19937 rng(42);
+    std::uniform_int_distribution<int> grain(-12, 12);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) {
+            uint8_t* p = b.pixel(x, y);
+            p[0] = static_cast<uint8_t>(std::clamp(x * 255 / w + grain(rng), 0, 255));
+            p[1] = static_cast<uint8_t>(std::clamp(y * 255 / h + grain(rng), 0, 255));
+            p[2] = static_cast<uint8_t>(std::clamp((x + y) * 127 / (w + h) + 64 + grain(rng), 0, 255));
+            p[3] = 255;
+        }
+    return b;
+}
+
+struct Row
+{
+    std::string name;
+    double reused;
+    double fresh;
+    double theirs; // < 0: no match
+    std::string theirName;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int w = argc > 2 ? std::atoi(argv[1]) : 4000;
+    const int h = argc > 2 ? std::atoi(argv[2]) : 3000;
+    const double mp = w * double(h) / 1e6;
+    const BitsBuffer img = testImage(w, h);
+    const Region all = Region::fromRect({0, 0, w, h});
+    const BitsBuffer texture = testImage(64, 64);
+
+    cBitFilter f;
+    f.Bits(img);
+    f.BitsRegion(&all);
+
+    using Filter = std::function<BitsBuffer()>;
+    const std::vector<std::pair<std::string, Filter>> filters = {
+        {"Brightness", [&] { return f.Brightness(40); }},
+        {"Invert", [&] { return f.Invert(); }},
+        {"Contrast", [&] { return f.Contrast(40); }},
+        {"GammaCorrection", [&] { return f.GammaCorrection(50); }},
+        {"GreyScale", [&] { return f.GreyScale(); }},
+        {"Threshold", [&] { return f.Threshold(128); }},
+        {"KillChannel", [&] { return f.KillChannel(true, false, false); }},
+        {"SwapRGB", [&] { return f.SwapRGB(0, 1, 2, false, true, false, 0, 0, 15); }},
+        {"ShiftRGB", [&] { return f.ShiftRGB(10, -20, 30); }},
+        {"Scanlines", [&] { return f.Scanlines(60); }},
+        {"Saturation", [&] { return f.Saturation(50); }},
+        {"Colorize", [&] { return f.Colorize(1.0, 0.6, 1.0); }},
+        {"RotateH", [&] { return f.RotateH(1.5, 100); }},
+        {"RotateL", [&] { return f.RotateL(6.0, 0.5); }},
+        {"StretchH", [&] { return f.StretchH(20, 80, 30); }},
+        {"Noise", [&] { return f.Noise(20, false); }},
+        {"Equalize", [&] { return f.Equalize(); }},
+        {"Isolate", [&] { return f.Isolate(0x808080, 0, 40); }},
+        {"Replace", [&] { return f.Replace(0x808080, 0xFF, 40); }},
+        {"ReplaceHS", [&] { return f.ReplaceHS(0x808080, 0xFF, 40, 30, 30); }},
+        {"ReplaceL", [&] { return f.ReplaceL(0x808080, 0xFF, 40, 30); }},
+        {"Shift", [&] { return f.Shift(0x808080, 40, 40); }},
+        {"GradientLinear", [&] { return f.GradientLinear(0, 0, w, h, 0xFF, 0xFF00, 100, 0); }},
+        {"GradientCircular", [&] { return f.GradientCircular(w / 2, h / 2, w, h, 0xFF, 0xFF00, 100, 0); }},
+        {"Grid", [&] { return f.Grid(16, 16, true, 0xFFFFFF, 128); }},
+        {"Light", [&] { return f.Light(0.5, 0.5, 0.4, 20, 80); }},
+        {"Texturize", [&] { return f.Texturize(texture); }},
+        {"TileMask", [&] { return f.TileMask(texture, 3, 5, false, 40, 0); }},
+    };
+
+    std::vector<Row> rows;
+    for (const auto& entry : filters) {
+        const std::string& name = entry.first;
+        const Filter& fn = entry.second;
+        if (argc > 3 && name.find(argv[3]) == std::string::npos)
+            continue;
+        BitsBuffer keep;
+        const double fresh = bestMs([&] { keep = fn(); });
+        const double reused = bestMs([&] {
+            f.RecycleBuffer(std::move(keep));
+            keep = fn();
+        });
+        rows.push_back({name, reused, fresh, -1, ""});
+    }
+
+    // Matched operations run alternately with their OpenCV counterpart, so that a busy
+    // machine slows both sides alike; the best of each side counts.
+    struct Match
+    {
+        std::string name;
+        std::function<void()> ours;
+        std::function<void()> theirs;
+        std::string theirName;
+    };
+    std::vector<Match> matches;
+    BitsBuffer keep;
+    [[maybe_unused]] auto reuse = [&](const std::function<BitsBuffer()>& fn) {
+        return [&f, &keep, fn] {
+            f.RecycleBuffer(std::move(keep));
+            keep = fn();
+        };
+    };
+    cBitFilter sizer;
+    // The previous result goes back as the spare, as OpenCV reuses its destination.
+    matches.push_back({"BitsResize 1/2",
+                       [&] {
+                           sizer.RecycleBuffer(sizer.TakeBits());
+                           sizer.BitsResize(img, w / 2, h / 2);
+                       },
+                       {}, ""});
+    matches.push_back({"BitsResample 3/4",
+                       [&] {
+                           sizer.RecycleBuffer(sizer.TakeBits());
+                           sizer.BitsResample(img, w * 3 / 4, h * 3 / 4);
+                       },
+                       {}, ""});
+#if TOLMAR_BENCH_OPENCV
+    cv::setNumThreads(1);
+    const cv::Mat src(h, w, CV_8UC4, const_cast<uint8_t*>(img.pixel(0, 0)), img.stride());
+    cv::Mat dst(h, w, CV_8UC4);
+    cv::Mat lut(1, 256, CV_8UC4);
+    for (int i = 0; i < 256; ++i)
+        lut.at<cv::Vec4b>(0, i) = cv::Vec4b(cv::saturate_cast<uint8_t>(i + 40),
+                                            cv::saturate_cast<uint8_t>(i + 40),
+                                            cv::saturate_cast<uint8_t>(i + 40), uint8_t(i));
+    const cv::Matx44f grey(0.071f, 0.707f, 0.222f, 0, 0.071f, 0.707f, 0.222f, 0, 0.071f,
+                           0.707f, 0.222f, 0, 0, 0, 0, 1);
+    cv::Mat half;
+    cv::Mat three;
+    matches[0].theirs = [&] { cv::resize(src, half, cv::Size(w / 2, h / 2), 0, 0, cv::INTER_NEAREST); };
+    matches[0].theirName = "resize NEAREST";
+    matches[1].theirs = [&] {
+        cv::resize(src, three, cv::Size(w * 3 / 4, h * 3 / 4), 0, 0, cv::INTER_LINEAR);
+    };
+    matches[1].theirName = "resize LINEAR";
+    matches.push_back({"Brightness", reuse([&] { return f.Brightness(40); }),
+                       [&] { cv::add(src, cv::Scalar(40, 40, 40, 0), dst); }, "add"});
+    matches.push_back({"Brightness", reuse([&] { return f.Brightness(40); }),
+                       [&] { cv::LUT(src, lut, dst); }, "LUT"});
+    matches.push_back({"GreyScale", reuse([&] { return f.GreyScale(); }),
+                       [&] { cv::transform(src, dst, grey); }, "transform"});
+    matches.push_back({"Invert", reuse([&] { return f.Invert(); }),
+                       [&] { cv::bitwise_not(src, dst); }, "bitwise_not"});
+#endif
+    for (const Match& m : matches) {
+        if (argc > 3 && m.name.find(argv[3]) == std::string::npos)
+            continue;
+        double ours = 1e300;
+        double theirs = m.theirs ? 1e300 : -1;
+        for (int i = 0; i < kRuns * 2; ++i) {
+            ours = std::min(ours, bestOf1(m.ours));
+            if (m.theirs)
+                theirs = std::min(theirs, bestOf1(m.theirs));
+        }
+        rows.push_back({m.name + " *", ours, ours, theirs, m.theirName});
+    }
+
+    std::printf("%d x %d (%.1f MP), one thread, best of %d; * = run alternately with the "
+                "OpenCV op (result reused)\n",
+                w, h, mp, kRuns);
+    std::printf("%-18s %10s %10s %10s %9s %8s  %s\n", "filter", "ours ms", "fresh ms",
+                "other ms", "MP/s", "ratio", "matched with");
+    for (const Row& r : rows) {
+        char other[32] = "-";
+        char ratio[32] = "-";
+        if (r.theirs >= 0) {
+            std::snprintf(other, sizeof other, "%.2f", r.theirs);
+            std::snprintf(ratio, sizeof ratio, "%.2f", r.reused / r.theirs);
+        }
+        std::printf("%-18s %10.2f %10.2f %10s %9.0f %8s  %s\n", r.name.c_str(), r.reused, r.fresh,
+                    other, mp / (r.reused / 1000), ratio, r.theirName.c_str());
+    }
+    return 0;
+}

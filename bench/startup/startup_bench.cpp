@@ -1,0 +1,213 @@
+// Start-up to a shown main window: the start-up routine, the window's load (activity row,
+// expiry sweep of cards) and the first paint, timed on a workspace of many generated
+// patients with a few thousand private cards falling due, beside the same on an empty
+// workspace. Runs on SQLite, and on PostgreSQL when TOLMAR_TEST_PG (or --pg) names a server.
+//
+//   startup_bench [--patients N] [--due N] [--runs N] [--pg HOST:PORT] [--dir DIR]
+//
+// The large workspace is kept under DIR (default /tmp/tolmar-bench-startup) and reused by
+// later runs; generating a million patients takes a few minutes.
+
+#include "core/appcontext.h"
+#include "core/demoworkspace.h"
+#include "core/mditolmar.h"
+#include "core/startup.h"
+#include "patients/patientgenerator.h"
+#include "platform/db.h"
+#include "platform/files.h"
+#include "platform/prompt.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace tolmar;
+
+namespace {
+
+void say(const QString& s)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(s));
+    std::fflush(stderr);
+}
+
+struct Workspace {
+    QString home;
+    db::ServerConfig server;
+};
+
+// A demo workspace of `patients` generated patients, made once and reused.
+Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
+{
+    const QString tag =
+        QStringLiteral("%1-%2").arg(pgServer.isEmpty() ? "sqlite" : "pg").arg(patients);
+    Workspace w;
+    w.home = QDir(dir).filePath(tag);
+    const QString server = pgServer.isEmpty() ? QString()
+                                              : pgServer + QStringLiteral("/tolmar_bench_") +
+                                                    QString::number(patients);
+    const QString serverName = server.isEmpty() ? QStringLiteral("sqlite:") +
+                                                      QDir(w.home).filePath(QStringLiteral("data"))
+                                                : server;
+    w.server = db::ServerConfig::fromServerName(serverName, w.home);
+    // Marked ready only once filled: a run stopped half-way is made again.
+    const QString ready = QDir(w.home).filePath(QStringLiteral("bench-ready"));
+    if (QFileInfo::exists(ready))
+        return w;
+    QDir(w.home).removeRecursively();
+    if (w.server.backend == db::Backend::Postgres) {
+        // The bench's own database, left by a run whose folder has gone: start afresh.
+        db::ServerConfig maintenance = w.server;
+        maintenance.pgDatabase = QStringLiteral("postgres");
+        db::Connection c(maintenance, db::Database::Hospital);
+        c.execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + w.server.pgDatabase);
+    }
+    say(QStringLiteral("Making the workspace %1 with %2 patients").arg(w.home).arg(patients));
+    DemoOptions o;
+    o.dir = w.home;
+    o.server = server;
+    o.patients = patients;
+    o.log = [](const QString& line) { say(QStringLiteral("  ") + line); };
+    createDemoWorkspace(o);
+    // Earlier mornings have swept the cards that ran out before today.
+    db::Connection c(w.server, db::Database::Hospital);
+    const QDate today =
+        db::variantDateTime(c.scalar(QStringLiteral("select sysDT from qrySysDateTime"))).date();
+    c.exec(
+        QStringLiteral("update hPatients set expired = 1 where expirydate <= ? and expired = 0"),
+        {today});
+    files::writeLines(ready, {QString::number(patients)});
+    return w;
+}
+
+// Puts `due` private cards back to falling due today, so the sweep has work to do.
+int armDueCards(const Workspace& w, int due)
+{
+    db::Connection c(w.server, db::Database::Hospital);
+    const QDate today =
+        db::variantDateTime(c.scalar(QStringLiteral("select sysDT from qrySysDateTime"))).date();
+    // The slice is the private patients with the lowest numbers; the same on every run.
+    c.exec(QStringLiteral("update hPatients set expirydate = ?, expired = 0 where PNo in "
+                          "(select PNo from hPatients where expirydate is not null "
+                          "order by PNo LIMIT ?)"),
+           {today, due});
+    return c
+        .scalar(QStringLiteral("select count(*) from hPatients where expired = 0 "
+                               "and expirydate <= ?"),
+                {today})
+        .toInt();
+}
+
+struct Timing {
+    double ms = 0;
+    int swept = 0;
+};
+
+// One start of the program up to its main window on screen, in this process.
+Timing startOnce(const Workspace& w)
+{
+    ScriptedPrompter prompter;
+    Clock clock;
+    QElapsedTimer t;
+    t.start();
+    Timing out;
+    {
+        AppContext ctx(w.home, prompter, clock);
+        const auto r = runStartup(ctx);
+        if (r.outcome != StartupResult::Ok) {
+            say(QStringLiteral("start-up failed: %1").arg(r.message));
+            return out;
+        }
+        MdiTolmar window(ctx);
+        window.load();
+        window.show();
+        QApplication::processEvents();
+        out.ms = double(t.nsecsElapsed()) / 1e6;
+        const QStringList informs = prompter.informs();
+        if (!informs.isEmpty())
+            out.swept = informs.first().section(QLatin1Char(' '), 0, 0).toInt();
+        ctx.endProcess = [](int) {};
+        window.hide();
+    }
+    return out;
+}
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+void benchBackend(const QString& label, const QString& dir, const QString& pg, qint64 patients,
+                  int due, int runs)
+{
+    const Workspace big = prepare(dir, pg, patients);
+    const Workspace empty = prepare(dir, pg, 0);
+    startOnce(empty);  // the first start warms the program's own caches (fonts, plugins)
+
+    std::vector<double> bigRuns;
+    std::vector<double> emptyRuns;
+    int swept = 0;
+    for (int i = 0; i < runs; ++i) {
+        const int armed = armDueCards(big, due);
+        const Timing b = startOnce(big);
+        bigRuns.push_back(b.ms);
+        swept = b.swept;
+        if (b.swept != armed)
+            say(QStringLiteral("  the sweep declared %1 cards, %2 were due")
+                    .arg(b.swept)
+                    .arg(armed));
+        emptyRuns.push_back(startOnce(empty).ms);
+    }
+    const double m = median(bigRuns);
+    const double e = median(emptyRuns);
+    std::printf(
+        "%-10s  %9lld patients, %5d cards swept: %8.1f ms   empty workspace: %7.1f ms"
+        "   ratio %.2f   %s\n",
+        qPrintable(label), static_cast<long long>(patients), swept, m, e, e > 0 ? m / e : 0.0,
+        m <= 1000.0 ? "within 1 s" : "OVER 1 s");
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QCommandLineParser cl;
+    cl.addHelpOption();
+    const QCommandLineOption patients(QStringLiteral("patients"), QStringLiteral("patients"),
+                                      QStringLiteral("N"), QStringLiteral("1000000"));
+    const QCommandLineOption due(QStringLiteral("due"), QStringLiteral("cards due today"),
+                                 QStringLiteral("N"), QStringLiteral("3000"));
+    const QCommandLineOption runs(QStringLiteral("runs"), QStringLiteral("timed starts"),
+                                  QStringLiteral("N"), QStringLiteral("5"));
+    const QCommandLineOption pg(QStringLiteral("pg"), QStringLiteral("PostgreSQL HOST:PORT"),
+                                QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG"));
+    const QCommandLineOption dir(QStringLiteral("dir"), QStringLiteral("workspace folder"),
+                                 QStringLiteral("DIR"),
+                                 QStringLiteral("/tmp/tolmar-bench-startup"));
+    cl.addOptions({patients, due, runs, pg, dir});
+    cl.process(app);
+
+    const qint64 n = cl.value(patients).toLongLong();
+    const int d = cl.value(due).toInt();
+    const int r = std::max(1, cl.value(runs).toInt());
+    try {
+        benchBackend(QStringLiteral("SQLite"), cl.value(dir), QString(), n, d, r);
+        if (!cl.value(pg).isEmpty())
+            benchBackend(QStringLiteral("PostgreSQL"), cl.value(dir), cl.value(pg), n, d, r);
+    } catch (const std::exception& e) {
+        say(QStringLiteral("benchmark failed: %1").arg(QString::fromLocal8Bit(e.what())));
+        return 1;
+    }
+    return 0;
+}
