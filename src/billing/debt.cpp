@@ -2,7 +2,6 @@
 
 #include "core/appcontext.h"
 #include "core/formats.h"
-#include "core/screenhost.h"
 
 #include <cmath>
 
@@ -35,18 +34,6 @@ DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const 
     s.currentBalance = out.balance;
     s.debtShown = out.shown();
     return out;
-}
-
-void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome)
-{
-    ctx.session().debtShown = outcome.shown();
-}
-
-void clearDebtDisplay(AppContext& ctx)
-{
-    Session& s = ctx.session();
-    s.currentBalance = 0;
-    showDebtOnMainWindow(ctx, DebtOutcome{});
 }
 
 }  // namespace tolmar::billing

@@ -26,14 +26,8 @@ QString debtCaption(double balance);
 
 // Reads the latest bill (highest ID) of the patient, keeps its balance when its client is
 // the PRIVATE default, writes isRev, DebtBF and Debt on hPatients (also when 0), and sets
-// the session's balance and debt flag. The main window's display follows the session
-// (see showDebtOnMainWindow).
+// the session's balance and debt flag. The screen that called it shows the outcome on
+// the main window (billing/debtdisplay.h).
 DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const QString& pno);
-
-// Brings the main window's debt panel in line with an outcome: quiet for none, flashing
-// with the caption otherwise. Does nothing when no main window is open.
-void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome);
-// Clearing a desk screen drops the balance: session to 0, flag off, panel quiet.
-void clearDebtDisplay(AppContext& ctx);
 
 }  // namespace tolmar::billing

@@ -1,6 +1,6 @@
 #include "patients/frmpatientsnew.h"
 
-#include "billing/debt.h"
+#include "billing/debtdisplay.h"
 #include "clinical/doctorallocation.h"
 #include "core/age.h"
 #include "core/appcontext.h"

@@ -4,9 +4,13 @@
 
 #include "billing/chargelines.h"
 #include "billing/debt.h"
+#include "billing/debtdisplay.h"
+#include "core/mditolmar.h"
 #include "billing/frminstantfee.h"
 
+#include <QLabel>
 #include <QListWidget>
+#include <QTimer>
 #include <QPushButton>
 #include <QTest>
 
@@ -330,6 +334,32 @@ TEST_P(DebtBroughtForward, NullAmountsCountAsZero)
                             "NULL)"),
              {kPno});
     EXPECT_EQ(compute().caption, QStringLiteral("Debt: 700.00"));
+}
+
+TEST_P(DebtBroughtForward, TheMainWindowFlashesADebtAndGoesQuietForNone)
+{
+    MdiTolmar window(desk->ctx);
+    auto* caption = window.findChild<QLabel*>(QStringLiteral("lblDebt"));
+    auto* timer2 = window.findChild<QTimer*>(QStringLiteral("Timer2"));
+    ASSERT_TRUE(caption && timer2);
+
+    addBill(QStringLiteral("0001"), 1000, 0, 0, 2250.5);
+    showDebtOnMainWindow(desk->ctx, compute());
+    EXPECT_EQ(caption->text(), QStringLiteral("Credit: 1,250.50"));
+    EXPECT_TRUE(timer2->isActive());
+    EXPECT_TRUE(desk->ctx.session().debtShown);
+
+    addBill(QStringLiteral("0002"), 400, 0, 0, 0);
+    showDebtOnMainWindow(desk->ctx, compute());
+    EXPECT_EQ(caption->text(), QStringLiteral("0"));
+    EXPECT_FALSE(timer2->isActive());
+    EXPECT_FALSE(desk->ctx.session().debtShown);
+
+    addBill(QStringLiteral("0001"), 300, 0, 0, 0);
+    showDebtOnMainWindow(desk->ctx, compute());
+    clearDebtDisplay(desk->ctx);  // the desk screen was cleared
+    EXPECT_FALSE(timer2->isActive());
+    EXPECT_DOUBLE_EQ(desk->ctx.session().currentBalance, 0);
 }
 
 // The instant fees.
