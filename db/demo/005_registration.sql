@@ -69,11 +69,9 @@ INSERT INTO hInstantFee (ItemName, Amount, itemType) VALUES
     ('CARD REPRINT', 500, 'RECORDS'),
     ('X-RAY FILM', 3500, 'RADIOLOGY');
 
-INSERT INTO hServices (service, type, Private, HMO, NHIS, MTHLY, "3MTHLY", "6MTHLY", CBN, NEPA)
+INSERT INTO hServicePrices (service, type, Private, HMO, NHIS, MTHLY, "3MTHLY", "6MTHLY",
+                            CBN, NEPA)
 VALUES
     ('ATTENDANCE', 'OPD', 1000, 800, 500, 900, 850, 800, 700, 600),
     ('CONSULTATION', 'OPD', 3000, 2500, 1500, 2800, 2700, 2600, 2400, 2200),
     ('ANTENATAL', 'OPD', 15000, 12000, 8000, 14000, 13500, 13000, 11000, 10000);
-
-INSERT INTO hserviceNHIS (SNo, ServiceName, Price) VALUES
-    (1, 'REGISTRATION (PRIVATE)', 2000), (2, 'CONSULTATION (PRIVATE)', 3000);

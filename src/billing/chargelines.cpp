@@ -126,12 +126,6 @@ double screeningAmount(db::Connection& c, const QString& retainID)
                     {retainID});
 }
 
-double privateConsultationFee(db::Connection& c, int pvtConFeeSno)
-{
-    return amountOf(c, QStringLiteral("SELECT Price AS Amount FROM hserviceNHIS WHERE SNo = ?"),
-                    {pvtConFeeSno});
-}
-
 double getServiceFeeForReg(db::Connection& c, const VisitBill& bill, const QString& retainID)
 {
     const double fee = registrationAmount(c, retainID);

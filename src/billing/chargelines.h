@@ -23,8 +23,6 @@ double registrationAmount(db::Connection& c, const QString& retainID);
 double cardRenewAmount(db::Connection& c, const QString& retainID);
 double consultationAmount(db::Connection& c, const QString& retainID);
 double screeningAmount(db::Connection& c, const QString& retainID);
-// The private consultation fee: the priced service numbered PVT_CONFEE_SNO.
-double privateConsultationFee(db::Connection& c, int pvtConFeeSno);
 
 // What every line of one visit carries.
 struct VisitBill {

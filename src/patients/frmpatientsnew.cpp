@@ -817,7 +817,6 @@ void frmPatientsNew::editVal(const QString& pno)
         m_txtKinAddress->setText(r.text(u"kinAddress"));
         m_txtAdmitLimit->setText(QString::number(r.toDouble(u"AdmissionDaysLimit")));
         m_cmdANC->setEnabled(r.text(u"Sex") == QLatin1String("FEMALE"));
-        m_cmdPatDep->setEnabled(true);
         m_principalPNo = r.text(u"pno");
         showPhoto(r.text(u"pno"));
     });

@@ -64,8 +64,8 @@ TEST_P(Billing, EachPayerClassPaysItsOwnColumn)
         {"MTHLY", 2800},   {"3MTHLY", 2700},  {"6MTHLY", 2600}, {"CBN", 2400},
         {"NEPA", 2200},    {"PHCN", 2200},    {"RETAINER", 3000}, {"", 3000}};
     for (const auto& [cat, fee] : expected)
-        EXPECT_DOUBLE_EQ(serviceFee(*conn, QStringLiteral("CONSULTATION"), QString::fromLatin1(cat)),
-                         fee)
+        EXPECT_DOUBLE_EQ(
+            serviceFee(*conn, QStringLiteral("CONSULTATION"), QString::fromLatin1(cat)), fee)
             << cat;
     EXPECT_EQ(feeColumnFor(QStringLiteral("PHCN")), QStringLiteral("NEPA"));
     EXPECT_EQ(feeColumnFor(QStringLiteral("SOMETHING ELSE")), QStringLiteral("Private"));
@@ -75,7 +75,8 @@ TEST_P(Billing, EachPayerClassPaysItsOwnColumn)
 
 TEST_P(Billing, FeesReadBackAsTheBillShowsThem)
 {
-    conn->exec(QStringLiteral("UPDATE hServices SET HMO = 812.3456 WHERE service = 'ATTENDANCE'"));
+    conn->exec(QStringLiteral(
+        "UPDATE hServicePrices SET HMO = 812.3456 WHERE service = 'ATTENDANCE'"));
     EXPECT_DOUBLE_EQ(serviceFee(*conn, QStringLiteral("ATTENDANCE"), QStringLiteral("HMO")),
                      812.35);
 }
@@ -183,7 +184,8 @@ TEST_P(Billing, AttendanceScreenLineHasNoAppVersionAndScreeningVisitsAreKept)
 {
     writeAttendanceLine(*conn, bill(), QStringLiteral("CONSULTATION"));
     EXPECT_TRUE(onlyLine().isNull(u"AppVersion"));
-    recordScreeningVisit(*conn, kToday, QStringLiteral("001000000077"), QStringLiteral("SCREENING"));
+    recordScreeningVisit(*conn, kToday, QStringLiteral("001000000077"),
+                         QStringLiteral("SCREENING"));
     const auto row = conn->queryOne(QStringLiteral("SELECT * FROM hhScreeningAttnd"));
     ASSERT_TRUE(row);
     EXPECT_EQ(row->date(u"recDate"), kToday);

@@ -191,7 +191,7 @@ TEST_P(MainWindowMenu, SeparatorsStandBeforeTheirEntriesOnly)
 TEST_P(MainWindowMenu, EntriesOfScreensNotYetBuiltDoNothing)
 {
     open();
-    for (const char* name : {"mnuCust", "mnuNreg", "mnuHospEmp", "mnuPSITC", "mnuTDrugs",
+    for (const char* name : {"mnuCust", "mnuHospEmp", "mnuPSITC", "mnuTDrugs",
                              "mnuAttendCoy", "mnuUsers", "mnuAcctEnable", "mnuPBill"}) {
         action(QString::fromLatin1(name))->trigger();
         EXPECT_TRUE(window->mdiArea()->subWindowList().isEmpty()) << name;

@@ -54,7 +54,8 @@ TEST_P(ClinicChoice, TheLeastLoadedDoctorIsPreselectedAndEachVisitCounts)
     addVisit(QStringLiteral("001/000000011"), kToday, QString());
     frmPatientsNew& s = editing(kCompany);
     pick(&s, "cboClin", QStringLiteral("GENERAL"));
-    EXPECT_EQ(combo(&s, "cboDoc")->currentText(), QStringLiteral("DR IBRAHIM MUSA @ RM XXX [DOC003]"));
+    EXPECT_EQ(combo(&s, "cboDoc")->currentText(),
+              QStringLiteral("DR IBRAHIM MUSA @ RM XXX [DOC003]"));
 
     addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC003"));
     addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC003"));
@@ -97,7 +98,8 @@ TEST_P(ClinicChoice, WithRoomsOnlyDoctorsSittingInARoomAndNotSignedOffAreListed)
     pick(&s, "cboClin", QStringLiteral("GENERAL"));
     EXPECT_EQ(items(combo(&s, "cboDoc")), (QStringList{"DR FOLAKE BAKARE @ RM 2 [DOC002]",
                                                         "DR IBRAHIM MUSA @ RM 3 [DOC003]"}));
-    EXPECT_EQ(combo(&s, "cboDoc")->currentText(), QStringLiteral("DR IBRAHIM MUSA @ RM 3 [DOC003]"));
+    EXPECT_EQ(combo(&s, "cboDoc")->currentText(),
+              QStringLiteral("DR IBRAHIM MUSA @ RM 3 [DOC003]"));
 }
 
 TEST_P(ClinicChoice, AClinicWithNoDoctorLeavesTheDoctorBoxEmpty)

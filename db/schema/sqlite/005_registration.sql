@@ -141,10 +141,9 @@ FROM hRecords r
 LEFT JOIN hPatients p ON p.PNo = r.PNo
 LEFT JOIN hRetainership t ON t.retainID = r.CoyName;
 
-CREATE VIEW vwhRetainerShip AS
-SELECT retainID AS RetainID, retainName AS ClientName, retainCode, ClientType, clientCatID,
-       Active
-FROM hRetainership;
+-- The payer list; the payers' own migration may have made it already, with the same body.
+CREATE VIEW IF NOT EXISTS vwhRetainerShip AS
+SELECT retainID AS RetainID, retainName AS ClientName FROM hRetainership;
 
 CREATE TABLE HmoPlan (
     SNo INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -237,7 +236,7 @@ CREATE TABLE hInstantFee (
 );
 
 -- The service price list, one price per payer class.
-CREATE TABLE hServices (
+CREATE TABLE hServicePrices (
     SNo INTEGER PRIMARY KEY AUTOINCREMENT,
     service VARCHAR(100) NOT NULL,
     type VARCHAR(20) NOT NULL,
@@ -250,17 +249,11 @@ CREATE TABLE hServices (
     CBN REAL DEFAULT 0,
     NEPA REAL DEFAULT 0
 );
-CREATE INDEX ix_hservices_service ON hServices (service, type);
+CREATE INDEX ix_hserviceprices_service ON hServicePrices (service, type);
 
 CREATE VIEW qryhServices AS
-SELECT service, type, Private, HMO, NHIS, MTHLY, "3MTHLY", "6MTHLY", CBN, NEPA FROM hServices;
-
--- The priced services behind a private consultation or registration.
-CREATE TABLE hserviceNHIS (
-    SNo INTEGER NOT NULL PRIMARY KEY,
-    ServiceName VARCHAR(100),
-    Price REAL DEFAULT 0
-);
+SELECT service, type, Private, HMO, NHIS, MTHLY, "3MTHLY", "6MTHLY", CBN, NEPA
+FROM hServicePrices;
 
 CREATE TABLE hBilling (
     ID INTEGER PRIMARY KEY AUTOINCREMENT,
