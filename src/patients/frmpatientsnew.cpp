@@ -19,6 +19,7 @@
 #include <QDateEdit>
 #include <QEvent>
 #include <QFocusEvent>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -33,6 +34,8 @@
 #include <QTimeEdit>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <tuple>
 
 namespace tolmar {
 
@@ -177,34 +180,43 @@ void frmPatientsNew::buildForm()
     buildGrids();
 
     auto* buttons = new QHBoxLayout;
-    auto button = [this, buttons](QPushButton*& b, const char* name, const char* caption) {
+    auto button = [this](QPushButton*& b, const char* name, const char* caption) {
         b = new QPushButton(QString::fromUtf8(caption), this);
         b->setObjectName(QString::fromLatin1(name));
         b->setAutoDefault(false);
-        buttons->addWidget(b);
+        return b;
     };
-    button(m_cmdAdd, "cmdAdd", "&Add");
-    button(m_cmdEdit, "cmdEdit", "&Edit");
-    button(m_okButton, "OKButton", "&Save");
-    button(m_cmdCancel, "cmdCancel", "Ca&ncel");
-    button(m_cmdDel, "cmdDel", "&Delete");
-    button(m_cmdRefresh, "cmdRefresh", "&Refresh");
-    buttons->addSpacing(12);
-    button(m_cmdRenew, "cmdRenew", "Renew Card");
-    button(m_cmdPatDep, "cmdPatDep", "Add Dependents");
-    button(m_cmdPix, "cmdPix", "Pictures");
-    button(m_cmdTake, "cmdTake", "Take Picture");
-    button(m_cmdANC, "cmdANC", "Update Antenatal Information");
-    button(m_cmdComm, "cmdComm", "Consultation History");
-    button(m_cmdClinic, "cmdClinic", "Add Patient to Other Clinic(s)");
+    for (auto [b, name, caption] :
+         {std::tuple{&m_cmdAdd, "cmdAdd", "&Add"}, {&m_cmdEdit, "cmdEdit", "&Edit"},
+          {&m_okButton, "OKButton", "&Save"}, {&m_cmdCancel, "cmdCancel", "Ca&ncel"},
+          {&m_cmdDel, "cmdDel", "&Delete"}, {&m_cmdRefresh, "cmdRefresh", "&Refresh"}})
+        buttons->addWidget(button(*b, name, caption));
     buttons->addStretch(1);
-    button(m_cancelButton, "CancelButton", "&Close");
+    buttons->addWidget(button(m_cancelButton, "CancelButton", "&Close"));
     root->addLayout(buttons);
+
+    // The patient's own file, beside the photograph in the first column.
+    auto* file = new QGridLayout;
+    file->setSpacing(4);
+    // Row, column and span: the two long captions take a row each.
+    for (auto [b, name, caption, row, col, span] :
+         {std::tuple{&m_cmdRenew, "cmdRenew", "Renew Card", 0, 0, 1},
+          {&m_cmdPatDep, "cmdPatDep", "Add Dependents", 0, 1, 1},
+          {&m_cmdPix, "cmdPix", "Pictures", 1, 0, 1},
+          {&m_cmdTake, "cmdTake", "Take Picture", 1, 1, 1},
+          {&m_cmdComm, "cmdComm", "Consultation History", 2, 0, 2},
+          {&m_cmdANC, "cmdANC", "Update Antenatal Information", 3, 0, 2},
+          {&m_cmdClinic, "cmdClinic", "Add Patient to Other Clinic(s)", 4, 0, 2}}) {
+        QPushButton* fileButton = button(*b, name, caption);
+        fileButton->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        file->addWidget(fileButton, row, col, 1, span);
+    }
+    m_fileButtons->addLayout(file, 1);
 
     m_timer1 = new QTimer(this);
     m_timer1->setObjectName(QStringLiteral("Timer1"));
     m_timer1->setInterval(kQueueRefreshMs);
-    resize(1360, 740);
+    resize(1340, 720);
 }
 
 void frmPatientsNew::buildPersonal(QWidget* column)
@@ -234,11 +246,13 @@ void frmPatientsNew::buildPersonal(QWidget* column)
     m_cboMat = f.combo(QStringLiteral("cboMat"), QStringLiteral("Patient Maturity"));
     m_piX = new QLabel(column);
     m_piX->setObjectName(QStringLiteral("piX"));
-    m_piX->setFixedSize(96, 96);
+    m_piX->setFixedSize(96, 116);
     m_piX->setFrameShape(QFrame::StyledPanel);
     m_piX->setAlignment(Qt::AlignCenter);
     m_piX->setScaledContents(true);
-    v->addWidget(m_piX, 0, Qt::AlignHCenter);
+    m_fileButtons = new QHBoxLayout;
+    m_fileButtons->addWidget(m_piX, 0, Qt::AlignTop);
+    v->addLayout(m_fileButtons);
     v->addStretch(1);
 }
 
@@ -315,8 +329,12 @@ void frmPatientsNew::buildKinAndAttendance(QWidget* column)
     m_fraAttd = f.section(QStringLiteral("   Take Attendance/Appointment"),
                           QStringLiteral("fraAttd"));
     m_cboClin = f.combo(QStringLiteral("cboClin"), QStringLiteral("Clinic"));
-    m_cboPurpose = f.combo(QStringLiteral("cboPurpose"), QStringLiteral("Purpose"));
-    m_lblAmount = f.label(QStringLiteral("lblAmount"), QString());
+    m_cboPurpose = new QComboBox(column);
+    m_cboPurpose->setObjectName(QStringLiteral("cboPurpose"));
+    m_lblAmount = new QLabel(column);
+    m_lblAmount->setObjectName(QStringLiteral("lblAmount"));
+    f.field(pair(column, m_cboPurpose, m_lblAmount), QStringLiteral("rowPurpose"),
+            QStringLiteral("Purpose"));
     m_cboDoc = f.combo(QStringLiteral("cboDoc"), QStringLiteral("Doctor"));
     m_dtNext = f.optionalDate(QStringLiteral("dtNext"), QStringLiteral("Ref/Appt Date"));
     m_dtRefTime = new QTimeEdit(column);

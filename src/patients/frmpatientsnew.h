@@ -11,6 +11,7 @@ class QCheckBox;
 class QComboBox;
 class QDateEdit;
 class QGroupBox;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -142,6 +143,7 @@ private:
     QLineEdit* m_txtAge = nullptr;
     QComboBox* m_cboMat = nullptr;
     QLabel* m_piX = nullptr;
+    QHBoxLayout* m_fileButtons = nullptr;
     QComboBox* m_cboFile = nullptr;
     QComboBox* m_cboCard = nullptr;
     QLineEdit* m_txtSupp = nullptr;
