@@ -77,7 +77,8 @@ struct Desk {
 class BackendTest : public testing::TestWithParam<db::Backend> {
 protected:
     void SetUp() override { ws = std::make_unique<Workspace>(GetParam()); }
-    void TearDown() override { ws.reset(); }
+    // The workspace goes last, with the fixture itself, after whatever desks and screens a
+    // test keeps as members have closed their connections to it.
     std::unique_ptr<Workspace> ws;
 };
 
