@@ -21,9 +21,6 @@ struct DoctorEntry {
     QString entry() const;
 };
 
-// The room a doctor is listed in when rooms are not assigned.
-inline const QString kNoRoom = QStringLiteral("RM XXX");
-
 class DoctorAllocation {
 public:
     // roomsAssigned: the Assign_Doctors_to_Consulting_Rooms default is "YES".
@@ -35,7 +32,7 @@ public:
     // Whether any doctor has been put in a room today.
     bool anyRoomAssignedToday();
     // The clinic's doctors for today, by name. With rooms assigned, only those sitting in a
-    // room and not signed off.
+    // room and not signed off; otherwise every doctor of the clinic, in room "RM XXX".
     std::vector<DoctorEntry> doctorsFor(const QString& clinicID);
     // The doctor of the clinic with the fewest patients today (ties: whichever comes first).
     std::optional<DoctorEntry> leastLoaded(const QString& clinicID);
