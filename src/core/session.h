@@ -112,6 +112,14 @@ struct Session {
     bool newWorkFlag = false;
     bool debtShown = false;
     double pendingFee = 0;
+    // The instant fee picked on frmInstantFee, waiting for the next attendance's bill.
+    bool instantFeePending = false;
+    QString instantFeeItem;
+    // The patient's balance brought forward, as the debt routine last computed it.
+    double currentBalance = 0;
+    // The date and time a clinic-date picker chose for an appointment.
+    QDate apptDate;
+    QString apptTime;
 
     // The coded diagnoses (vwICD), read once a run and shared by every screen that needs
     // them (core/diagnoses.h).

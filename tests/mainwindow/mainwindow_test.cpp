@@ -191,7 +191,7 @@ TEST_P(MainWindowMenu, SeparatorsStandBeforeTheirEntriesOnly)
 TEST_P(MainWindowMenu, EntriesOfScreensNotYetBuiltDoNothing)
 {
     open();
-    for (const char* name : {"mnuNreg", "mnuHospEmp", "mnuPSITC", "mnuAttendCoy", "mnuUsers",
+    for (const char* name : {"mnuHospEmp", "mnuPSITC", "mnuAttendCoy", "mnuUsers",
                              "mnuAcctEnable", "mnuPBill"}) {
         action(QString::fromLatin1(name))->trigger();
         EXPECT_TRUE(window->mdiArea()->subWindowList().isEmpty()) << name;

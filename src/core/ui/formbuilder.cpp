@@ -19,6 +19,11 @@
 
 namespace tolmar::ui {
 
+namespace {
+// Below any date a desk records; the box shows blank while it holds this.
+const QDate kBlankDate(1753, 1, 1);
+}  // namespace
+
 FormBuilder::FormBuilder(QWidget* owner) : m_owner(owner), m_root(new QVBoxLayout(owner)) {}
 
 FormBuilder::FormBuilder(QWidget* owner, QVBoxLayout* into) : m_owner(owner), m_root(into) {}
@@ -73,6 +78,12 @@ QWidget* FormBuilder::field(QWidget* control, const QString& name, const QString
     return control;
 }
 
+void FormBuilder::row(QLabel* caption, QWidget* control)
+{
+    caption->setBuddy(control);
+    fields()->addRow(caption, control);
+}
+
 QLineEdit* FormBuilder::text(const QString& name, const QString& label, LetterCase letterCase)
 {
     auto* edit = new QLineEdit(m_owner);
@@ -99,6 +110,15 @@ QDateEdit* FormBuilder::date(const QString& name, const QString& label)
     edit->setCalendarPopup(true);
     edit->setDisplayFormat(fmt::kShortDate);
     field(edit, name, label);
+    return edit;
+}
+
+QDateEdit* FormBuilder::optionalDate(const QString& name, const QString& label)
+{
+    QDateEdit* edit = date(name, label);
+    edit->setMinimumDate(kBlankDate);
+    edit->setSpecialValueText(QStringLiteral(" "));
+    setBlank(edit);
     return edit;
 }
 
@@ -152,6 +172,23 @@ void forceUpperCase(QLineEdit* edit)
         edit->setText(upper);
         edit->setCursorPosition(pos);
     });
+}
+
+void setBlank(QDateEdit* edit) { edit->setDate(edit->minimumDate()); }
+
+bool isBlank(const QDateEdit* edit)
+{
+    return !edit->specialValueText().isEmpty() && edit->date() == edit->minimumDate();
+}
+
+QDate dateOf(const QDateEdit* edit) { return isBlank(edit) ? QDate() : edit->date(); }
+
+void setDateOrBlank(QDateEdit* edit, const QDate& d)
+{
+    if (d.isValid() && d > edit->minimumDate())
+        edit->setDate(d);
+    else
+        setBlank(edit);
 }
 
 QString currentKey(const QComboBox* box)

@@ -6,6 +6,7 @@
 // Layout: a vertical stack of sections. A field section is a two-column form (label and
 // control); a button row is right-aligned; a grid takes the spare height.
 
+#include <QDate>
 #include <QString>
 
 class QCheckBox;
@@ -43,10 +44,15 @@ public:
                     LetterCase letterCase = LetterCase::AsTyped);
     QComboBox* combo(const QString& name, const QString& label, bool editable = false);
     QDateEdit* date(const QString& name, const QString& label);
+    // A date that may be left empty (date of birth, expiry): see setBlank().
+    QDateEdit* optionalDate(const QString& name, const QString& label);
     QCheckBox* check(const QString& name, const QString& caption);
     QLabel* label(const QString& name, const QString& caption);
     // Any other control, named and labelled the same way.
     QWidget* field(QWidget* control, const QString& name, const QString& label);
+
+    // A row whose caption is a control of its own (a screen may change its text).
+    void row(QLabel* caption, QWidget* control);
 
     // A read-only grid that selects whole rows; it takes the spare height.
     QTableView* grid(const QString& name);
@@ -65,6 +71,14 @@ private:
 
 // Text typed into the box turns to capitals as it is typed, keeping the cursor in place.
 void forceUpperCase(QLineEdit* edit);
+
+// An optional date box shows nothing while it holds its minimum date.
+void setBlank(QDateEdit* edit);
+bool isBlank(const QDateEdit* edit);
+// The date shown, or an invalid date when the box is blank.
+QDate dateOf(const QDateEdit* edit);
+// Shows `d`, or blanks the box when `d` is invalid.
+void setDateOrBlank(QDateEdit* edit, const QDate& d);
 
 // The key of the current entry of a list box ("{text} [{key}]"); "" when none is chosen.
 QString currentKey(const QComboBox* box);

@@ -1,0 +1,37 @@
+#include "billing/debtdisplay.h"
+
+#include "core/appcontext.h"
+#include "core/mditolmar.h"
+#include "core/screenhost.h"
+
+#include <QMdiArea>
+
+namespace tolmar::billing {
+
+namespace {
+MdiTolmar* mainWindow(AppContext& ctx)
+{
+    QMdiArea* frame = ctx.screens().frame();
+    return frame ? qobject_cast<MdiTolmar*>(frame->window()) : nullptr;
+}
+}  // namespace
+
+void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome)
+{
+    ctx.session().debtShown = outcome.shown();
+    MdiTolmar* main = mainWindow(ctx);
+    if (!main)
+        return;
+    // The panel is reset first, so a new patient never inherits the last one's colours.
+    main->clearDebt();
+    if (outcome.shown())
+        main->showDebt(outcome.caption);
+}
+
+void clearDebtDisplay(AppContext& ctx)
+{
+    ctx.session().currentBalance = 0;
+    showDebtOnMainWindow(ctx, DebtOutcome{});
+}
+
+}  // namespace tolmar::billing

@@ -1,0 +1,89 @@
+#pragma once
+// The rules of the registration screen that are not about widgets: the lists it offers,
+// what a payer, a category, a card duration and a purpose bring with them, the checks of
+// choosing a clinic, and the deletion of a patient.
+
+#include "clinical/doctorallocation.h"
+#include "patients/registrationform.h"
+
+#include <QDate>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace tolmar {
+class AppContext;
+namespace db {
+class Connection;
+}
+}  // namespace tolmar
+
+namespace tolmar::patients {
+
+// The chosen payer as the screen keeps it.
+struct PayerChoice {
+    QString retainID;   // between the brackets of the entry
+    QString coyName;    // before " [", trimmed
+    QString clientType;
+    QString retainCode;
+};
+PayerChoice payerChoice(db::Connection& c, const QString& entry);
+
+// The payer list: "(PRIVATE) [{private code}]" first, then every client by name.
+QStringList payerEntries(db::Connection& c, const QString& privateRetainID);
+// The payer's plans, "{PlanName} [{PlanID}]"; "NIL" alone when the payer has none.
+QStringList planEntries(db::Connection& c, const QString& retainID);
+// "{LastName} {FirstName} [{empID}]" for every employee.
+QStringList introducerEntries(db::Connection& c);
+QStringList areaNames(db::Connection& c);
+QStringList purposes(db::Connection& c);
+struct Clinic {
+    QString name;
+    QString id;
+};
+// The clinics a visit may go to; the admission clinics are left out.
+std::vector<Clinic> attendanceClinics(db::Connection& c);
+
+// The expiry a card duration gives a new card; invalid for "WHILE STILL IN SERVICE" and
+// for anything unknown.
+QDate expiryForDuration(const QString& duration, const QDate& regDate);
+
+// The date of birth an age in years gives; invalid when the text is not a whole number.
+QDate dobFromAge(const QString& ageText, const QDate& today);
+
+// The amount typed as a carry-over debt; 0 when it is not a number.
+double parseAmount(const QString& text);
+
+// The purpose class and the fees shown for information.
+struct PurposeFees {
+    QString purposeClass;
+    double screening = 0;
+    double consultation = 0;
+};
+PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID);
+
+// Choosing a clinic for a visit.
+struct ClinicRequest {
+    QString clinicID;
+    QString pno;        // "" for a patient not yet saved
+    QString retainID;   // the payer chosen on the screen
+    QDate expiryDate;   // the screen's expiry box; invalid when blank
+};
+struct ClinicChoice {
+    std::vector<clinical::DoctorEntry> doctors;
+    int preselected = -1;         // index into doctors
+    bool renewEnabled = false;    // the card has expired: renewal is the way on
+    bool scheduleDoctors = false; // nobody is in a room today: the rooms screen should open
+};
+// Runs the checks in order; a refusal throws CheckFailed (after setting `out`, so that the
+// screen can still enable renewal or open the rooms screen). An expired private card is
+// marked expired on the patient at once, whether or not anything is saved afterwards.
+void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out);
+
+// Deletes a patient after the permission check and the question; false when the person
+// answered No. The row is archived first, and the deletion audited.
+bool deletePatient(AppContext& ctx, const QString& pno, const QString& name);
+
+}  // namespace tolmar::patients

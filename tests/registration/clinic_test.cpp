@@ -1,0 +1,297 @@
+// Choosing a clinic on the registration screen: the room check, the doctors in both modes,
+// the least-loaded doctor, the locks and the private card; the doctors' queue; deleting a
+// patient.
+#include "registrationfixture.h"
+
+using namespace tolmar;
+using namespace tolmar::test;
+
+namespace {
+
+class ClinicChoice : public RegistrationTest {
+protected:
+    // A company patient opened for editing, so the clinic box is free.
+    frmPatientsNew& editing(const PatientSeed& p)
+    {
+        addPatient(p);
+        frmPatientsNew& s = open();
+        editPatient(p.pno);
+        return s;
+    }
+    void assignRoom(const QDate& day, const QString& room, const QString& doctor, int off = 0)
+    {
+        ws->exec(QStringLiteral("INSERT INTO hConRoomAssign (schdDate, ConRoomNo, docNo, isOff) "
+                                "VALUES (?, ?, ?, ?)"),
+                 {day, room, doctor, off});
+    }
+    const PatientSeed kCompany{QStringLiteral("001/000000010"), QStringLiteral("ABIODUN")};
+};
+
+}  // namespace
+
+TEST_P(ClinicChoice, WithoutRoomsEveryDoctorOfTheClinicIsInRoomXXX)
+{
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(items(combo(&s, "cboDoc")),
+              (QStringList{"DR CHIDI EZE @ RM XXX [DOC001]", "DR FOLAKE BAKARE @ RM XXX [DOC002]",
+                           "DR IBRAHIM MUSA @ RM XXX [DOC003]"}));
+    // Nobody has a patient yet: the first is taken.
+    EXPECT_EQ(combo(&s, "cboDoc")->currentIndex(), 0);
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_FALSE(child<QPushButton>(&s, "cmdRenew")->isEnabled());
+}
+
+TEST_P(ClinicChoice, TheLeastLoadedDoctorIsPreselectedAndEachVisitCounts)
+{
+    addPatient({QStringLiteral("001/000000011"), QStringLiteral("X")});
+    addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC001"));
+    addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC001"));
+    addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC002"));
+    // Visits of another day, or sent to no doctor, do not count today.
+    addVisit(QStringLiteral("001/000000011"), kToday.addDays(-1), QStringLiteral("DOC003"));
+    addVisit(QStringLiteral("001/000000011"), kToday.addDays(-1), QStringLiteral("DOC003"));
+    addVisit(QStringLiteral("001/000000011"), kToday, QString());
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(combo(&s, "cboDoc")->currentText(),
+              QStringLiteral("DR IBRAHIM MUSA @ RM XXX [DOC003]"));
+
+    addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC003"));
+    addVisit(QStringLiteral("001/000000011"), kToday, QStringLiteral("DOC003"));
+    pick(&s, "cboClin", QStringLiteral("EYE CLINIC"));
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(combo(&s, "cboDoc")->currentText(),
+              QStringLiteral("DR FOLAKE BAKARE @ RM XXX [DOC002]"));
+
+    // The view counts each doctor once a day, with nobody yet counted as 0.
+    const auto rows = ws->connect()->query(
+        QStringLiteral("SELECT EmpID, NumOfPat FROM vwDocMinNumOfPat WHERE \"Date\" = ? AND "
+                       "ClinicID = 'GENERAL' ORDER BY EmpID"),
+        {kToday});
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows.rows[0].toInt(u"NumOfPat"), 2);
+    EXPECT_EQ(rows.rows[1].toInt(u"NumOfPat"), 1);
+    EXPECT_EQ(rows.rows[2].toInt(u"NumOfPat"), 2);
+}
+
+TEST_P(ClinicChoice, WithRoomsOnlyDoctorsSittingInARoomAndNotSignedOffAreListed)
+{
+    ws->setDefault(QStringLiteral("Assign_Doctors_to_Consulting_Rooms"), QStringLiteral("YES"));
+    assignRoom(kToday.addDays(-1), QStringLiteral("RM 1"), QStringLiteral("DOC003"));
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    ASSERT_NE(desk->prompter.last(), nullptr);
+    EXPECT_EQ(desk->prompter.last()->text,
+              QStringLiteral("Please Assign Doctors to Consulting Rooms before Attendance can "
+                             "be Taken"));
+    EXPECT_EQ(desk->prompter.last()->title, QStringLiteral("OK"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
+    EXPECT_EQ(combo(&s, "cboDoc")->count(), 0);
+
+    desk->prompter.clear();
+    assignRoom(kToday, QStringLiteral("RM 2"), QStringLiteral("DOC002"));
+    assignRoom(kToday, QStringLiteral("RM 1"), QStringLiteral("DOC001"), 1);  // signed off
+    assignRoom(kToday, QStringLiteral("RM 3"), QStringLiteral("DOC003"));
+    addPatient({QStringLiteral("001/000000015"), QStringLiteral("Y")});
+    addVisit(QStringLiteral("001/000000015"), kToday, QStringLiteral("DOC002"));
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(items(combo(&s, "cboDoc")), (QStringList{"DR FOLAKE BAKARE @ RM 2 [DOC002]",
+                                                        "DR IBRAHIM MUSA @ RM 3 [DOC003]"}));
+    EXPECT_EQ(combo(&s, "cboDoc")->currentText(),
+              QStringLiteral("DR IBRAHIM MUSA @ RM 3 [DOC003]"));
+}
+
+TEST_P(ClinicChoice, AClinicWithNoDoctorLeavesTheDoctorBoxEmpty)
+{
+    ws->exec(QStringLiteral("INSERT INTO clinicTypes (ClinicID, clinicName) "
+                            "VALUES ('DENTAL', 'DENTAL')"));
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("DENTAL"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentText(), QStringLiteral("DENTAL"));
+    EXPECT_EQ(combo(&s, "cboDoc")->count(), 0);
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_TRUE(screen->gatherForm().doctorEmpID.isEmpty());
+}
+
+TEST_P(ClinicChoice, APatientOnAdmissionIsRefusedWhileTheLockIsOn)
+{
+    ws->exec(QStringLiteral("INSERT INTO hAdmission (AdmDate, PNo, isDischarged) "
+                            "VALUES (?, ?, 0)"),
+             {kToday.addDays(-2), kCompany.pno});
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    ASSERT_NE(desk->prompter.last(), nullptr);
+    EXPECT_EQ(desk->prompter.last()->text,
+              QStringLiteral("This Patient is Still On Admission!! Discharge Patient Before "
+                             "Attendance can be Taken"));
+    EXPECT_EQ(desk->prompter.last()->title, QStringLiteral("LockAttendanceForInPatients"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
+    EXPECT_EQ(combo(&s, "cboDoc")->count(), 0);
+}
+
+TEST_P(ClinicChoice, TheAdmissionLockCanBeLifted)
+{
+    ws->setDefault(QStringLiteral("LockAttendanceForInPatients"), QStringLiteral("NO"));
+    ws->exec(QStringLiteral("INSERT INTO hAdmission (AdmDate, PNo, isDischarged) "
+                            "VALUES (?, ?, 0)"),
+             {kToday, kCompany.pno});
+    frmPatientsNew& s = editing(kCompany);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_EQ(combo(&s, "cboDoc")->count(), 3);
+}
+
+TEST_P(ClinicChoice, ASecondAttendanceTodayIsRefused)
+{
+    // Today's visits are those of the database's own date.
+    addPatient(kCompany);
+    addVisit(kCompany.pno, QDate::currentDate(), QString());
+    frmPatientsNew& s = open();
+    editPatient(kCompany.pno);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    ASSERT_NE(desk->prompter.last(), nullptr);
+    EXPECT_EQ(desk->prompter.last()->text,
+              QStringLiteral("Patient Attendance already Taken! Duplicate not allowed!! "
+                             "Proceed to see Nurse/Doctor"));
+    EXPECT_EQ(desk->prompter.last()->title, QStringLiteral("LockMultipleAttendnace"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
+}
+
+TEST_P(ClinicChoice, APrivatePatientWithoutExpiryIsSentToTheExpiryDate)
+{
+    PatientSeed p{QStringLiteral("001/000000012"), QStringLiteral("ADEWALE")};
+    p.coyName = QStringLiteral("0001");
+    p.category = QStringLiteral("PRIVATE");
+    frmPatientsNew& s = editing(p);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral(" Please Specify Expiration Date for this Private Patient"));
+    EXPECT_EQ(s.focusWidget(), dateBox(&s, "dtExpDate"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
+}
+
+TEST_P(ClinicChoice, AnExpiredPrivateCardIsMarkedAtOnceEvenWithoutASave)
+{
+    PatientSeed p{QStringLiteral("001/000000013"), QStringLiteral("EKANEM")};
+    p.coyName = QStringLiteral("0001");
+    p.category = QStringLiteral("PRIVATE");
+    p.expiry = kToday;  // expiring today is expired
+    frmPatientsNew& s = editing(p);
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Patient's Card has Expired"));
+    EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
+    EXPECT_TRUE(child<QPushButton>(&s, "cmdRenew")->isEnabled());
+    click(&s, "cmdCancel");
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT expired FROM hPatients WHERE PNo = ?"),
+                         {p.pno}).toInt(),
+              1);
+}
+
+TEST_P(ClinicChoice, AValidPrivateCardPassesAndRenewalStaysOff)
+{
+    PatientSeed p{QStringLiteral("001/000000014"), QStringLiteral("UDOH")};
+    p.coyName = QStringLiteral("0001");
+    p.category = QStringLiteral("PRIVATE");
+    p.expiry = kToday.addDays(1);
+    frmPatientsNew& s = editing(p);
+    pick(&s, "cboClin", QStringLiteral("PAEDIATRICS"));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_EQ(items(combo(&s, "cboDoc")),
+              QStringList{QStringLiteral("DR FOLAKE BAKARE @ RM XXX [DOC002]")});
+    EXPECT_FALSE(child<QPushButton>(&s, "cmdRenew")->isEnabled());
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT expired FROM hPatients WHERE PNo = ?"),
+                         {p.pno}).toInt(),
+              0);
+}
+
+TEST_P(ClinicChoice, TheQueueShowsTodayAndPurgesPastAssignments)
+{
+    addPatient(kCompany);
+    addVisit(kCompany.pno, kToday, QStringLiteral("DOC002"), QStringLiteral("PAEDIATRICS"));
+    addVisit(kCompany.pno, kToday, QStringLiteral("DOC002"), QStringLiteral("PAEDIATRICS"));
+    assignRoom(kToday.addDays(-1), QStringLiteral("RM 1"), QStringLiteral("DOC001"));
+    assignRoom(kToday, QStringLiteral("RM 4"), QStringLiteral("DOC004"));
+    frmPatientsNew& s = open();
+    auto* grid = child<QTableView>(&s, "grdDoc");
+    ASSERT_EQ(grid->model()->rowCount(), 2);
+    // Ordered by doctor; the idle one sitting in a room shows 0.
+    EXPECT_EQ(grid->model()->index(0, 3).data().toString(), QStringLiteral("DR FOLAKE BAKARE"));
+    EXPECT_EQ(grid->model()->index(0, 4).data().toInt(), 2);
+    EXPECT_EQ(grid->model()->index(1, 4).data().toInt(), 0);
+    EXPECT_TRUE(grid->isColumnHidden(5));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hConRoomAssign")).toInt(), 1);
+
+    doubleClickRow(grid, 1);
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("This Doctor has No Patients on Queue"));
+}
+
+// Deleting a patient.
+
+namespace {
+class PatientDelete : public RegistrationTest {};
+}  // namespace
+
+TEST_P(PatientDelete, NeedsManagementRights)
+{
+    ws->exec(QStringLiteral("DELETE FROM UserRoles WHERE RoleID = 2 AND Username = 'demo'"));
+    addPatient({QStringLiteral("001/000000020"), QStringLiteral("OLU")});
+    frmPatientsNew& s = open();
+    s.editVal(QStringLiteral("001/000000020"));
+    click(&s, "cmdDel");
+    EXPECT_EQ(desk->prompter.informs(),
+              QStringList{QStringLiteral("You dont have Permission to Reverse an Entry")});
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients")).toInt(), 1);
+}
+
+TEST_P(PatientDelete, RefusedForVitalsThenConsultationsAndNoKeepsTheRow)
+{
+    const QString pno = QStringLiteral("001/000000021");
+    addPatient({pno, QStringLiteral("OLU")});
+    ws->exec(QStringLiteral("INSERT INTO hPreConsult (PNo, consultID) VALUES (?, '001000000001')"),
+             {pno});
+    ws->exec(QStringLiteral("INSERT INTO hConsulting (PNo, consultID) VALUES (?, '001000000001')"),
+             {pno});
+    frmPatientsNew& s = open();
+    s.editVal(pno);
+
+    desk->prompter.answerNo();
+    click(&s, "cmdDel");
+    EXPECT_EQ(desk->prompter.last()->text, QStringLiteral("Are you sure to Delete Record"));
+    EXPECT_EQ(desk->prompter.last()->title, QStringLiteral("Delete"));
+
+    desk->prompter.answerYes();
+    click(&s, "cmdDel");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Patient Cannot be Deleted!!! Has Vital Signs Information"));
+    ws->exec(QStringLiteral("DELETE FROM hPreConsult"));
+    desk->prompter.answerYes();
+    click(&s, "cmdDel");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Patient Cannot be Deleted!!! Has Consultation Information"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients")).toInt(), 1);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hpatientsArchive")).toInt(), 0);
+}
+
+TEST_P(PatientDelete, ArchivesDeletesAndAudits)
+{
+    const QString pno = QStringLiteral("001/000000022");
+    addPatient({pno, QStringLiteral("O'BRIEN"), QStringLiteral("[TEE]")});
+    frmPatientsNew& s = open();
+    s.editVal(pno);
+    desk->prompter.answerYes();
+    click(&s, "cmdDel");
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral(" Record successfully deleted "));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients")).toInt(), 0);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT psurname FROM hpatientsArchive WHERE PNo = ?"),
+                         {pno}).toString(),
+              QStringLiteral("O'BRIEN"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT userAction FROM AuditTrail WHERE TranCode = ?"),
+                         {pno}).toString(),
+              QStringLiteral("Delete Patient: O'BRIEN [TEE] "));
+    EXPECT_TRUE(edit(&s, "txtSupp")->text().isEmpty());
+    EXPECT_EQ(child<QTableView>(&s, "grdData")->model()->rowCount(), 0);
+}
+
+TOLMAR_INSTANTIATE_BACKENDS(ClinicChoice);
+TOLMAR_INSTANTIATE_BACKENDS(PatientDelete);

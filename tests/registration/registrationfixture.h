@@ -1,0 +1,140 @@
+#pragma once
+// A desk that has started up, with its registration screen open offscreen, and a few
+// helpers that put patients and visits in place the way the other desks would have.
+
+#include "support/workspace.h"
+
+#include "core/ui/formbuilder.h"
+#include "patients/frmpatientsnew.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTest>
+
+#include <memory>
+
+namespace tolmar::test {
+
+// 23/11/2026, the fixed server date of every desk in the tests.
+inline const QDate kToday(2026, 11, 23);
+
+template <typename T>
+T* child(QWidget* w, const char* name)
+{
+    T* c = w->findChild<T*>(QString::fromLatin1(name));
+    if (!c)
+        ADD_FAILURE() << "no control " << name;
+    return c;
+}
+
+inline QComboBox* combo(QWidget* w, const char* name) { return child<QComboBox>(w, name); }
+inline QLineEdit* edit(QWidget* w, const char* name) { return child<QLineEdit>(w, name); }
+inline QDateEdit* dateBox(QWidget* w, const char* name) { return child<QDateEdit>(w, name); }
+
+inline void click(QWidget* w, const char* name)
+{
+    QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
+}
+
+// Chooses the entry of a list box whose text begins with `text`, as a person picking it.
+inline void pick(QWidget* w, const char* name, const QString& text)
+{
+    QComboBox* box = combo(w, name);
+    for (int i = 0; i < box->count(); ++i)
+        if (box->itemText(i).startsWith(text)) {
+            box->setCurrentIndex(i);
+            return;
+        }
+    ADD_FAILURE() << name << " has no entry " << text.toStdString();
+}
+
+// A double click on a row of a grid, as the mouse gives it.
+inline void doubleClickRow(QTableView* grid, int row)
+{
+    const QPoint at = grid->visualRect(grid->model()->index(row, 0)).center();
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, at);
+}
+
+inline QStringList items(QComboBox* box)
+{
+    QStringList out;
+    for (int i = 0; i < box->count(); ++i)
+        out << box->itemText(i);
+    return out;
+}
+
+struct PatientSeed {
+    QString pno;
+    QString surname;
+    QString firstName = QStringLiteral("ADA");
+    QString coyName = QStringLiteral("0002");
+    QString category = QStringLiteral("CORPORATE");
+    QVariant expiry;  // NULL unless given
+    QString sex = QStringLiteral("FEMALE");
+    QDate regDate = kToday;
+};
+
+class RegistrationTest : public BackendTest {
+protected:
+    void SetUp() override
+    {
+        BackendTest::SetUp();
+        desk = std::make_unique<Desk>(*ws);
+    }
+    void TearDown() override
+    {
+        screen.reset();
+        desk.reset();
+        BackendTest::TearDown();
+    }
+    // Starts the desk and opens the screen; defaults set before this call take effect.
+    frmPatientsNew& open()
+    {
+        desk->startUp();
+        screen = std::make_unique<frmPatientsNew>(desk->ctx);
+        screen->show();
+        return *screen;
+    }
+    void addPatient(const PatientSeed& p)
+    {
+        ws->exec(QStringLiteral(
+                     "INSERT INTO hPatients (PNo, oldPno, psurname, pfirstName, CoyName, "
+                     "clientCatID, expirydate, sex, regDate, NewReg, pCatID, Principal, "
+                     "fileduration, CardType) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 'YES', "
+                     "'PRINCIPAL', ?, 'ONE YEAR', 'SINGLE')"),
+                 {p.pno, QStringLiteral("001/26/") + p.pno.right(6), p.surname, p.firstName,
+                  p.coyName, p.category, p.expiry, p.sex, p.regDate, p.pno});
+    }
+    void addVisit(const QString& pno, const QDate& date, const QString& doctor,
+                  const QString& clinic = QStringLiteral("GENERAL"))
+    {
+        ws->exec(QStringLiteral("INSERT INTO hRecords (recDate, htime, PNo, consultID, "
+                                "clinicType, Remarks, DocAssigned, PatVal, CoyName) "
+                                "VALUES (?, '9:00 AM', ?, ?, ?, 'CONSULTATION', ?, ?, '0002')"),
+                 {date, pno, QStringLiteral("001%1").arg(++m_visits, 9, 10, QLatin1Char('0')),
+                  clinic, doctor.isEmpty() ? QVariant() : QVariant(doctor),
+                  doctor.isEmpty() ? 0 : 1});
+    }
+    // Loads a patient as a double click on the list would, then starts editing.
+    void editPatient(const QString& pno)
+    {
+        screen->editVal(pno);
+        click(screen.get(), "cmdEdit");
+    }
+    std::unique_ptr<Desk> desk;
+    std::unique_ptr<frmPatientsNew> screen;
+
+private:
+    int m_visits = 0;
+};
+
+}  // namespace tolmar::test
+
+// Readable failures for texts.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
