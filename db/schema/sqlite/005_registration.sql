@@ -141,10 +141,6 @@ FROM hRecords r
 LEFT JOIN hPatients p ON p.PNo = r.PNo
 LEFT JOIN hRetainership t ON t.retainID = r.CoyName;
 
--- The payer list; the payers' own migration may have made it already, with the same body.
-CREATE VIEW IF NOT EXISTS vwhRetainerShip AS
-SELECT retainID AS RetainID, retainName AS ClientName FROM hRetainership;
-
 CREATE TABLE HmoPlan (
     SNo INTEGER PRIMARY KEY AUTOINCREMENT,
     PlanID VARCHAR(20),
