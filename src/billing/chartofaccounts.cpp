@@ -108,4 +108,15 @@ QString openReceivableAccount(AppContext& ctx, const QString& retainID, const QS
     return number;
 }
 
+db::Result accountsForPicker(db::Connection& accounting, const std::optional<QString>& groupID)
+{
+    if (!groupID)
+        return accounting.query(QStringLiteral(
+            "select SNo, AccountID, AccountName from ChartOfAccounts order by AccountName"));
+    return accounting.query(QStringLiteral("select SNo, AccountID, AccountName from "
+                                           "ChartOfAccounts where groupID = ? "
+                                           "order by AccountName"),
+                            {*groupID});
+}
+
 }  // namespace tolmar

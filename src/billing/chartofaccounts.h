@@ -17,6 +17,8 @@
 #include <QDateTime>
 #include <QString>
 
+#include <optional>
+
 namespace tolmar {
 
 class AppContext;
@@ -58,6 +60,9 @@ db::Result GetAccountsInfoByCash(db::Connection& accounting, const QString& coyI
 // group of Acct_Receivable, and its number written to the client's AcctID. Returns the
 // number. Errors (a refused period, the ledger's refusal) reach the caller; the client
 // row is then left as it was.
+// The accounts a picker offers, by name: those of one group, or every account.
+db::Result accountsForPicker(db::Connection& accounting, const std::optional<QString>& groupID);
+
 QString openReceivableAccount(AppContext& ctx, const QString& retainID, const QString& name,
                               const QString& category, const QString& address);
 

@@ -1,5 +1,6 @@
 #include "billing/frmrevacctselect.h"
 
+#include "billing/chartofaccounts.h"
 #include "core/appcontext.h"
 #include "core/command.h"
 #include "core/listentry.h"
@@ -45,14 +46,8 @@ void frmRevAcctSelect::fillList()
                               m_caller == QLatin1String("frmRetainership") ||
                               m_caller == QLatin1String("frmSupplers");
         const auto rows =
-            oneGroup ? m_ctx.db(db::Database::Accounting)
-                           .query(QStringLiteral("select SNo, AccountID, AccountName from "
-                                                 "ChartOfAccounts where groupID = ? "
-                                                 "order by AccountName"),
-                                  {m_group})
-                     : m_ctx.db(db::Database::Accounting)
-                           .query(QStringLiteral("select SNo, AccountID, AccountName from "
-                                                 "ChartOfAccounts order by AccountName"));
+            accountsForPicker(m_ctx.db(db::Database::Accounting),
+                              oneGroup ? std::optional<QString>(m_group) : std::nullopt);
         const QSignalBlocker quiet(m_list);
         m_list->clear();
         for (const db::Row& r : rows.rows) {

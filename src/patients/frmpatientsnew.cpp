@@ -644,9 +644,8 @@ void frmPatientsNew::fillGrid()
 {
     runCommand(this, m_ctx, [this] {
         QAbstractItemModel* old = m_grdData->model();
-        m_grdData->setModel(m_ctx.db().gridModel(
-            QStringLiteral("SELECT * FROM vwhpatients WHERE regDate = ? ORDER BY FullName"),
-            {m_ctx.session().serverDate}, m_grdData));
+        m_grdData->setModel(
+            patients::registrationsOf(m_ctx.db(), m_ctx.session().serverDate, m_grdData));
         delete old;
         hideColumn(m_grdData, QStringLiteral("expired"));
         hideColumn(m_grdData, QStringLiteral("coyname"));
@@ -693,12 +692,7 @@ void frmPatientsNew::cmdAttendClick()
     }
     runCommand(this, m_ctx, [&] {
         QAbstractItemModel* old = m_grdAttend->model();
-        m_grdAttend->setModel(m_ctx.db().gridModel(
-            QStringLiteral("SELECT DISTINCT recDate AS \"Date\", htime AS \"AttendTime\", "
-                           "FullName, ClinicType AS \"Clinic\", Remarks AS \"Purpose\", "
-                           "RetainName AS \"Company\", ConsultID FROM vwhRecords "
-                           "WHERE pno = ? ORDER BY \"Date\" DESC"),
-            {pno}, m_grdAttend));
+        m_grdAttend->setModel(patients::attendanceHistory(m_ctx.db(), pno, m_grdAttend));
         delete old;
         ui::fitColumns(m_grdAttend);
     });
@@ -716,9 +710,7 @@ void frmPatientsNew::cmdCardClick()
     }
     runCommand(this, m_ctx, [&] {
         QAbstractItemModel* old = m_grdData->model();
-        m_grdData->setModel(m_ctx.db().gridModel(
-            QStringLiteral("SELECT * FROM vwhpatients WHERE oldPno = ? ORDER BY FullName"),
-            {card}, m_grdData));
+        m_grdData->setModel(patients::patientsWithCard(m_ctx.db(), card, m_grdData));
         delete old;
         hideColumn(m_grdData, QStringLiteral("expired"));
         hideColumn(m_grdData, QStringLiteral("coyname"));
@@ -845,10 +837,8 @@ void frmPatientsNew::showPhoto(const QString& pno)
     m_piX->clear();
     if (m_ctx.session().defaults.PIXLOC == QLatin1String("FILE"))
         return;
-    const QVariant bytes =
-        m_ctx.db().scalar(QStringLiteral("SELECT patPix FROM hPatients WHERE PNo = ?"), {pno});
     QPixmap photo;
-    if (bytes.isValid() && !bytes.isNull() && photo.loadFromData(bytes.toByteArray()))
+    if (photo.loadFromData(patients::storedPhoto(m_ctx.db(), pno)))
         m_piX->setPixmap(photo);
 }
 
@@ -1080,9 +1070,7 @@ void frmPatientsNew::surnameLeft()
         return;
     m_lastSurnameChecked = surname;
     runCommand(this, m_ctx, [&] {
-        const auto match = m_ctx.db().queryOne(
-            QStringLiteral("SELECT PNo FROM hPatients WHERE psurname = ? LIMIT 1"), {surname});
-        if (!match)
+        if (!patients::surnameTaken(m_ctx.db(), surname))
             return;
         m_ctx.prompter().inform(
             QStringLiteral("One or more Surnames match !!! Please Confirm for Duplicates"),

@@ -225,4 +225,51 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
     return true;
 }
 
+QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject* parent)
+{
+    return c.gridModel(
+        QStringLiteral("SELECT * FROM vwhpatients WHERE regDate = ? ORDER BY FullName"), {day},
+        parent);
+}
+
+QAbstractItemModel* patientsWithCard(db::Connection& c, const QString& cardNo, QObject* parent)
+{
+    return c.gridModel(
+        QStringLiteral("SELECT * FROM vwhpatients WHERE oldPno = ? ORDER BY FullName"), {cardNo},
+        parent);
+}
+
+QAbstractItemModel* attendanceHistory(db::Connection& c, const QString& pno, QObject* parent)
+{
+    return c.gridModel(
+        QStringLiteral("SELECT DISTINCT recDate AS \"Date\", htime AS \"AttendTime\", "
+                       "FullName, ClinicType AS \"Clinic\", Remarks AS \"Purpose\", "
+                       "RetainName AS \"Company\", ConsultID FROM vwhRecords "
+                       "WHERE pno = ? ORDER BY \"Date\" DESC"),
+        {pno}, parent);
+}
+
+bool surnameTaken(db::Connection& c, const QString& surname)
+{
+    return c.queryOne(QStringLiteral("SELECT PNo FROM hPatients WHERE psurname = ? LIMIT 1"),
+                      {surname})
+        .has_value();
+}
+
+QAbstractItemModel* surnameMatches(db::Connection& c, const QString& surname, QObject* parent)
+{
+    return c.gridModel(
+        QStringLiteral("SELECT DISTINCT psurname AS \"Surname\", pfirstname AS \"Firstname\", "
+                       "pno AS \"NewFileNo\", oldpno AS \"Old FileNo\", homeAddress "
+                       "FROM hpatients WHERE psurname = ? ORDER BY 2"),
+        {surname}, parent);
+}
+
+QByteArray storedPhoto(db::Connection& c, const QString& pno)
+{
+    const QVariant bytes =
+        c.scalar(QStringLiteral("SELECT patPix FROM hPatients WHERE PNo = ?"), {pno});
+    return bytes.isValid() && !bytes.isNull() ? bytes.toByteArray() : QByteArray();
+}
+
 }  // namespace tolmar::patients

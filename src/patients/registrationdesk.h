@@ -13,6 +13,9 @@
 #include <optional>
 #include <vector>
 
+class QAbstractItemModel;
+class QObject;
+
 namespace tolmar {
 class AppContext;
 namespace db {
@@ -81,6 +84,17 @@ struct ClinicChoice {
 // screen can still enable renewal or open the rooms screen). An expired private card is
 // marked expired on the patient at once, whether or not anything is saved afterwards.
 void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out);
+
+// Grids of the desk, read lazily; owned by parent.
+QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject* parent);
+QAbstractItemModel* patientsWithCard(db::Connection& c, const QString& cardNo, QObject* parent);
+QAbstractItemModel* attendanceHistory(db::Connection& c, const QString& pno, QObject* parent);
+// Whether a patient with this surname is on file already, and those rows, for the person
+// to check for a duplicate before going on.
+bool surnameTaken(db::Connection& c, const QString& surname);
+QAbstractItemModel* surnameMatches(db::Connection& c, const QString& surname, QObject* parent);
+// The photograph kept in the patient's row; empty when there is none.
+QByteArray storedPhoto(db::Connection& c, const QString& pno);
 
 // Deletes a patient after the permission check and the question; false when the person
 // answered No. The row is archived first, and the deletion audited.

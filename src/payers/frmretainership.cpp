@@ -72,14 +72,7 @@ frmRetainership::frmRetainership(AppContext& ctx, const QVariantMap&, QWidget* p
     m_active->addItems({QStringLiteral("YES"), QStringLiteral("NO")});
     for (int day = 1; day <= 31; ++day)
         m_monthEnd->addItem(QString::number(day));
-    runCommand(this, m_ctx, [this] {
-        for (const db::Row& r :
-             m_ctx.db()
-                 .query(QStringLiteral("select distinct clientType from hClientType "
-                                       "order by clientType"))
-                 .rows)
-            m_client->addItem(r.text(u"clientType"));
-    });
+    runCommand(this, m_ctx, [this] { m_client->addItems(Retainership(m_ctx).clientTypes()); });
 
     connect(m_add, &QPushButton::clicked, this, [this] { setMode(Mode::Add); });
     connect(m_edit, &QPushButton::clicked, this, &frmRetainership::beginEdit);

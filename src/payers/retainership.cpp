@@ -184,6 +184,18 @@ QStringList Retainership::categoriesOf(const QString& clientType)
     return out;
 }
 
+QStringList Retainership::clientTypes()
+{
+    QStringList out;
+    for (const db::Row& r :
+         m_ctx.db()
+             .query(QStringLiteral("select distinct clientType from hClientType "
+                                   "order by clientType"))
+             .rows)
+        out << r.text(u"clientType");
+    return out;
+}
+
 int Retainership::updateSchemeRows()
 {
     auto conn = m_ctx.openConnection();

@@ -66,6 +66,7 @@ public:
     static QString hmoListSql();
     // Categories of a client type, as list entries "{clientCat} [{clientCatID}]".
     QStringList categoriesOf(const QString& clientType);
+    QStringList clientTypes();
     // Writes the three scheme rows (HMO, NHIS, FFS) of every HMO, replacing earlier ones.
     // Returns the number of HMOs.
     int updateSchemeRows();

@@ -66,11 +66,10 @@ QVariant bindable(const QVariant& v)
         return QVariant(QMetaType::fromType<QString>());
     switch (v.metaType().id()) {
     case QMetaType::QDate:
-        return v.toDate().toString(Qt::ISODate);
     case QMetaType::QDateTime:
-        return v.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     case QMetaType::QTime:
-        return v.toTime().toString(QStringLiteral("HH:mm"));
+        // Both backends take the ISO text: SQLite stores it, PostgreSQL reads it as a date.
+        return variantText(v);
     case QMetaType::Bool:
         return v.toBool() ? 1 : 0;
     default:

@@ -4,7 +4,11 @@
 
 #include "patients/registrationform.h"
 
+#include <QApplication>
 #include <QTabWidget>
+#include <QTimer>
+
+#include <functional>
 
 using namespace tolmar;
 using namespace tolmar::test;
@@ -276,7 +280,28 @@ TEST_P(RegistrationScreen, MatchingSurnameWarnsAndBlocksNothing)
     QTest::keyClick(edit(&s, "txtsurNAme"), Qt::Key_Return);
     EXPECT_TRUE(desk->prompter.informs().isEmpty());
     QTest::keyClicks(edit(&s, "txtsurNAme"), QStringLiteral("A"));
+    // The matches come up in a modal list; read it and close it as the officer would.
+    QStringList shown;
+    bool closed = false;
+    std::function<void()> closeList = [&] {
+        QWidget* list = QApplication::activeModalWidget();
+        if (!list || list->objectName() != QLatin1String("frmVerify")) {
+            QTimer::singleShot(10, closeList);
+            return;
+        }
+        EXPECT_EQ(list->windowTitle(), QStringLiteral("Verify a Record"));
+        const auto* m = list->findChild<QTableView*>(QStringLiteral("grdData"))->model();
+        for (int r = 0; r < m->rowCount(); ++r)
+            shown << m->index(r, 0).data().toString() + QLatin1Char('|') +
+                         m->index(r, 2).data().toString();
+        QTest::mouseClick(list->findChild<QPushButton*>(QStringLiteral("CancelButton")),
+                          Qt::LeftButton);
+        closed = true;
+    };
+    QTimer::singleShot(0, closeList);
     QTest::keyClick(edit(&s, "txtsurNAme"), Qt::Key_Return);
+    EXPECT_TRUE(closed);
+    EXPECT_EQ(shown, QStringList{QStringLiteral("D'SOUZA|001/000000004")});
     EXPECT_EQ(desk->prompter.informs(),
               QStringList{QStringLiteral("One or more Surnames match !!! Please Confirm for "
                                          "Duplicates")});
