@@ -5,6 +5,7 @@
 #include "core/appcontext.h"
 #include "core/audit.h"
 #include "core/command.h"
+#include "core/formats.h"
 #include "core/idgen.h"
 #include "messaging/smsqueue.h"
 #include "patients/patientrecord.h"
@@ -79,7 +80,7 @@ void SaveRun::drawConsultID()
 {
     m_consultID = getIDNo(m_ctx, kSeriesConsultID);
     if (m_consultID.isEmpty())
-        throw CheckFailed(m_f.isEdit ? kIdGenFailedConsultIDText : kIdGenFailedText);
+        throw CheckFailed(kIdGenFailedConsultIDText);
 }
 
 QString SaveRun::run()
@@ -316,7 +317,7 @@ void SaveRun::afterCommit()
         sms.kind = kSmsAppointment;
         sms.reference = QStringLiteral("%1 Clinic Appt").arg(m_f.clinicName);
         sms.date = m_f.apptDate;
-        sms.time = QTime::fromString(m_f.apptTime, QStringLiteral("h:mm AP"));
+        sms.time = QTime::fromString(m_f.apptTime, fmt::kShortTime);
     } else {
         sms.kind = kSmsAttendance;
         sms.date = s.serverDate;

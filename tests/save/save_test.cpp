@@ -344,6 +344,89 @@ TEST_P(RegistrationSave, AppointmentMakesBothAnAppointmentAndAVisitOnOneNumber)
               a->text(u"consultID"));
 }
 
+TEST_P(RegistrationSave, NewPatientWithoutAttendanceIsBilledOnANumberNoVisitCarries)
+{
+    ws->exec(QStringLiteral("UPDATE hRetainership SET RegAmount = 2000 WHERE retainID = '0001'"));
+    frmPatientsNew& s = fillNewPrivate();
+    child<QCheckBox>(&s, "chkReg")->setChecked(false);
+    save();
+    const QString pno = newestPNo();
+    const auto line = ws->connect()->query(
+        QStringLiteral("SELECT drgName, Price, consultID, Category, revType FROM billAccum "
+                       "WHERE PNo = ?"),
+        {pno});
+    ASSERT_EQ(line.size(), 1u);
+    EXPECT_EQ(line.front().text(u"drgName"), QStringLiteral("REGISTRATION"));
+    EXPECT_EQ(line.front().toDouble(u"Price"), 2000);
+    EXPECT_EQ(line.front().text(u"Category"), QStringLiteral("REGISTRATION"));
+    EXPECT_FALSE(line.front().text(u"consultID").isEmpty());
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hRecords WHERE consultID = ?"),
+                         {line.front().text(u"consultID")})
+                  .toInt(),
+              0);
+}
+
+TEST_P(RegistrationSave, CarriedOverDebtOfANewPatientBecomesAnOpeningBalanceLine)
+{
+    frmPatientsNew& s = fillNewPrivate();
+    desk->prompter.answerInput(QStringLiteral("750.50"));
+    QTest::mouseDClick(child<QLabel>(&s, "lblDebt"), Qt::LeftButton);
+    save();
+    const QString pno = newestPNo();
+    const auto v = row(QStringLiteral("SELECT consultID, Debt FROM hRecords WHERE PNo = ?"), {pno});
+    ASSERT_TRUE(v);
+    EXPECT_DOUBLE_EQ(v->toDouble(u"Debt"), 750.50);
+    const auto debt = row(QStringLiteral("SELECT Price, SubTotal, consultID FROM billAccum "
+                                         "WHERE PNo = ? AND drgName = 'OPENING_BALANCE_DEBT'"),
+                          {pno});
+    ASSERT_TRUE(debt);
+    EXPECT_DOUBLE_EQ(debt->toDouble(u"Price"), 750.50);
+    EXPECT_DOUBLE_EQ(debt->toDouble(u"SubTotal"), 750.50);
+    EXPECT_EQ(debt->text(u"consultID"), v->text(u"consultID"));
+}
+
+TEST_P(RegistrationSave, AMissingVisitSeriesStopsTheSaveWithItsOwnMessage)
+{
+    frmPatientsNew& s = fillNewPrivate();
+    ws->exec(QStringLiteral("DELETE FROM idgen WHERE destName = ?"), {kSeriesConsultID});
+    save();
+    EXPECT_EQ(desk->prompter.lastText(), kIdGenFailedConsultIDText);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE psurname = ?"),
+                         {QStringLiteral("OKAFOR")})
+                  .toInt(),
+              0);
+    EXPECT_EQ(s.mode(), frmPatientsNew::Mode::Add);
+}
+
+TEST_P(RegistrationSave, QueuesTheAttendanceTextOrTheAppointmentWithItsReminder)
+{
+    ws->setDefault(QStringLiteral("SendSMS"), QStringLiteral("YES"));
+    fillNewPrivate();
+    save();
+    const QString pno = newestPNo();
+    auto sms = ws->connect(db::Database::SmsCenter);
+    const auto attendance = sms->query(
+        QStringLiteral("SELECT Remarks, Phone FROM MessageOut WHERE Code = ?"), {pno});
+    ASSERT_EQ(attendance.size(), 1u);
+    EXPECT_EQ(attendance.front().text(u"Remarks"), QStringLiteral("ATTENDANCE"));
+    EXPECT_EQ(attendance.front().text(u"Phone"), QStringLiteral("2348031234567"));
+
+    fillNewPrivate(QStringLiteral("ADEYEMI"));
+    patients::RegistrationForm f = screen->gatherForm();
+    f.purpose = QStringLiteral("APPOINTMENT");
+    f.apptDate = kToday.addDays(3);
+    f.apptTime = QStringLiteral("11:00 AM");
+    desk->prompter.answerYes();
+    const QString second = patients::saveRegistration(desk->ctx, f);
+    const auto appt = sms->query(
+        QStringLiteral("SELECT Remarks, SendDate FROM MessageOut WHERE Code = ? ORDER BY SendDate"),
+        {second});
+    ASSERT_EQ(appt.size(), 2u);  // the day itself and a reminder the day before
+    EXPECT_EQ(appt.rows[0].text(u"Remarks"), QStringLiteral("APPOINTMENT"));
+    EXPECT_EQ(appt.rows[0].date(u"SendDate"), kToday);
+    EXPECT_EQ(appt.rows[1].date(u"SendDate"), kToday.addDays(2));
+}
+
 // ---------------------------------------------------------------------------------------
 // Failure in the middle
 
@@ -357,16 +440,18 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     const qint64 visits = counter(kSeriesConsultID);
 
     // The timeline row is the last write of the transaction: everything before it must go.
+    // DDL goes through execScript: the statements path prepares, and PostgreSQL prepares
+    // no CREATE.
     if (ws->backend() == db::Backend::Sqlite) {
-        ws->exec(QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                "hPatientsTimeline BEGIN SELECT RAISE(ABORT, 'timeline "
-                                "refused'); END"));
+        ws->connect()->execScript(
+            QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON hPatientsTimeline "
+                           "BEGIN SELECT RAISE(ABORT, 'timeline refused'); END;"));
     } else {
-        ws->exec(QStringLiteral("CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ BEGIN "
-                                "RAISE EXCEPTION 'timeline refused'; END $$ LANGUAGE plpgsql"));
-        ws->exec(QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                "hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
-                                "refuse_timeline()"));
+        ws->connect()->execScript(QStringLiteral(
+            "CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION "
+            "'timeline refused'; END $$ LANGUAGE plpgsql; CREATE TRIGGER refuse_timeline "
+            "BEFORE INSERT ON hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
+            "refuse_timeline();"));
     }
     frmPatientsNew& s = fillNewPrivate(QStringLiteral("SECOND"));
     save();
@@ -386,10 +471,10 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     EXPECT_EQ(s.mode(), frmPatientsNew::Mode::Add);
     EXPECT_EQ(edit(&s, "txtsurNAme")->text(), QStringLiteral("SECOND"));
 
-    if (ws->backend() == db::Backend::Sqlite)
-        ws->exec(QStringLiteral("DROP TRIGGER refuse_timeline"));
-    else
-        ws->exec(QStringLiteral("DROP TRIGGER refuse_timeline ON hPatientsTimeline"));
+    ws->connect()->execScript(ws->backend() == db::Backend::Sqlite
+                                  ? QStringLiteral("DROP TRIGGER refuse_timeline;")
+                                  : QStringLiteral("DROP TRIGGER refuse_timeline ON "
+                                                   "hPatientsTimeline;"));
     save();  // the same screen, pressed again
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
     EXPECT_EQ(counter(kSeriesPatientNo), patients + 1);  // the burnt number, reused
@@ -449,6 +534,37 @@ TEST_P(RegistrationSave, EditWithANewPayerAndAVisitKeepsHistoryAndNamesBothPayer
         << audits(pno).join(QStringLiteral(" | ")).toStdString();
 }
 
+TEST_P(RegistrationSave, EditStoresABlankLimitAsTypedAndBillsAPendingCardRenewal)
+{
+    ws->setDefault(QStringLiteral("Admission_Limit_Exists"), QStringLiteral("NO"));
+    ws->exec(QStringLiteral("UPDATE hRetainership SET CardRenewAmount = 800 WHERE retainID = '0004'"));
+    fillNewPrivate();
+    save();
+    const QString pno = newestPNo();
+    editPatient(pno);
+    patients::RegistrationForm f = screen->gatherForm();
+    f.selectedRetainID = QStringLiteral("0004");
+    f.selectedCoyName = QStringLiteral("HYGEIA HMO");
+    f.selectedClientCat = QStringLiteral("HMO");
+    f.enrolleeNo = QStringLiteral("HY/0042");
+    f.admissionLimit.clear();
+    f.takeAttendance = false;
+    f.pendingCardRenewal = true;
+    desk->prompter.answerYes();
+    ASSERT_EQ(patients::saveRegistration(desk->ctx, f), pno);
+    const auto p = row(QStringLiteral("SELECT * FROM hPatients WHERE PNo = ?"), {pno});
+    ASSERT_TRUE(p);
+    EXPECT_TRUE(p->isNull(u"AdmissionDaysLimit"));  // Add would have stored 0
+    EXPECT_EQ(p->text(u"empno"), QStringLiteral("HY/0042"));
+    const auto renew = row(QStringLiteral("SELECT Price, Category, consultID FROM billAccum "
+                                          "WHERE PNo = ? AND drgName = 'CARD RENEWAL FEE'"),
+                           {pno});
+    ASSERT_TRUE(renew);
+    EXPECT_DOUBLE_EQ(renew->toDouble(u"Price"), 800);
+    EXPECT_EQ(renew->text(u"Category"), QStringLiteral("CARD_RENEW"));
+    EXPECT_TRUE(renew->text(u"consultID").isEmpty());  // claimed by the next visit
+}
+
 // ---------------------------------------------------------------------------------------
 // Dependants
 
@@ -488,6 +604,27 @@ TEST_P(RegistrationSave, DependantInheritsThePayerAndADependantCannotHaveDependa
     EXPECT_EQ(d->text(u"psurname"), QStringLiteral("OKAFOR"));
     EXPECT_EQ(d->text(u"nextOfKin"), QStringLiteral("EMEKA OKAFOR"));
     EXPECT_EQ(count(QStringLiteral("billAccum"), dependant), 2);  // its own registration fee
+
+    // Yes to "Any other Dependant?" starts the next one of the same principal.
+    click(&s, "cmdCancel");
+    s.editVal(principal);
+    click(&s, "cmdPatDep");
+    edit(&s, "txtfirstNAme")->setText(QStringLiteral("ADA"));
+    edit(&s, "txtPhone")->setText(QStringLiteral("08030000002"));
+    pick(&s, "cboNew", QStringLiteral("EXISTING"));
+    pick(&s, "cboMat", QStringLiteral("CHILD"));
+    child<QCheckBox>(&s, "chkReg")->setChecked(false);
+    desk->prompter.answerYes(2);
+    click(&s, "OKButton");
+    EXPECT_EQ(s.mode(), frmPatientsNew::Mode::Add);
+    EXPECT_TRUE(edit(&s, "txtfirstNAme")->text().isEmpty());
+    EXPECT_EQ(edit(&s, "txtsurNAme")->text(), QStringLiteral("OKAFOR"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE Principal = ? "
+                                        "AND pCatID = 'DEPENDANT'"),
+                         {principal})
+                  .toInt(),
+              2);
+    click(&s, "cmdCancel");
 
     desk->prompter.clear();
     s.editVal(dependant);
