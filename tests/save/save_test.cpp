@@ -484,6 +484,44 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
               QStringLiteral("SECOND"));
 }
 
+TEST_P(RegistrationSave, ConnectionCutMidSaveLeavesNothingAndTheNextSaveGoesThrough)
+{
+    if (ws->backend() != db::Backend::Postgres)
+        GTEST_SKIP() << "a server connection to cut exists on PostgreSQL only";
+    fillNewPrivate(QStringLiteral("FIRST"));
+    save();
+    const QString first = newestPNo();
+    const qint64 patients = counter(kSeriesPatientNo);
+    const qint64 visits = counter(kSeriesConsultID);
+
+    // The server ends the save's own backend just as the timeline row goes in: the patient,
+    // visit and bill rows are written but not committed when the line goes dead.
+    ws->connect()->execScript(QStringLiteral(
+        "CREATE FUNCTION cut_save() RETURNS trigger AS $$ BEGIN "
+        "PERFORM pg_terminate_backend(pg_backend_pid()); RETURN NEW; END $$ LANGUAGE plpgsql; "
+        "CREATE TRIGGER cut_save BEFORE INSERT ON hPatientsTimeline FOR EACH ROW "
+        "EXECUTE FUNCTION cut_save();"));
+    frmPatientsNew& s = fillNewPrivate(QStringLiteral("SECOND"));
+    save();
+    EXPECT_NE(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
+    EXPECT_FALSE(desk->prompter.lastText().isEmpty());
+    EXPECT_EQ(newestPNo(), first);
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM billAccum WHERE PNo > ?"), {first})
+                  .toInt(),
+              0);
+    EXPECT_EQ(counter(kSeriesPatientNo), patients);
+    EXPECT_EQ(counter(kSeriesConsultID), visits);
+    EXPECT_EQ(edit(&s, "txtsurNAme")->text(), QStringLiteral("SECOND"));
+
+    ws->connect()->execScript(QStringLiteral("DROP TRIGGER cut_save ON hPatientsTimeline;"));
+    save();
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT psurname FROM hPatients WHERE PNo = ?"),
+                         {newestPNo()})
+                  .toString(),
+              QStringLiteral("SECOND"));
+}
+
 // ---------------------------------------------------------------------------------------
 // Edit
 
