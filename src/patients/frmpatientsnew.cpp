@@ -407,6 +407,7 @@ void frmPatientsNew::connectRules()
     connect(m_cmdAdd, &QPushButton::clicked, this, &frmPatientsNew::cmdAddClick);
     connect(m_cmdEdit, &QPushButton::clicked, this, &frmPatientsNew::cmdEditClick);
     connect(m_okButton, &QPushButton::clicked, this, &frmPatientsNew::okButtonClick);
+    connect(m_cmdPatDep, &QPushButton::clicked, this, &frmPatientsNew::cmdPatDepClick);
     connect(m_cmdCancel, &QPushButton::clicked, this, &frmPatientsNew::cmdCancelClick);
     connect(m_cmdDel, &QPushButton::clicked, this, &frmPatientsNew::cmdDelClick);
     connect(m_cmdRefresh, &QPushButton::clicked, this, &frmPatientsNew::cmdRefreshClick);
@@ -608,14 +609,65 @@ void frmPatientsNew::okButtonClick()
         return;
     const RegistrationForm form = gatherForm();
     QString pno;
-    if (!runCommand(this, m_ctx, [&] { pno = save(m_ctx, form); }))
+    // A failed save leaves every field as it was, so Save can simply be pressed again.
+    if (!runCommand(this, m_ctx, [&] { pno = save(m_ctx, form); }) || pno.isEmpty())
         return;
     m_isEdit = false;
     m_editPNo.clear();
+    showTab(TabRegistration);
     setMode(Mode::View);
-    m_txtSupp->setText(pno);
     fillGrid();
     getDocWaitList();
+    if (form.isAddingDependant &&
+        m_ctx.prompter().ask(QStringLiteral("Any other Dependant?"),
+                             QStringLiteral("Addtional Dependant"))) {
+        addDependantOf(form.principalPNo);
+        return;
+    }
+    clearFields();
+}
+
+void frmPatientsNew::cmdPatDepClick()
+{
+    // One level only: a dependant's dependants would have no principal of their own.
+    if (m_loadedPatCat == patients::kDependant) {
+        m_ctx.prompter().inform(
+            QStringLiteral("Select a Principal Patient! Cannot Add Dependants to existing "
+                           "Dependant!!"));
+        showTab(TabRegistration);
+        clearFields();
+        return;
+    }
+    const QString principal =
+        m_principalPNo.isEmpty() ? m_txtSupp->text().trimmed() : m_principalPNo;
+    if (principal.isEmpty()) {
+        m_ctx.prompter().inform(QStringLiteral("Select Principal Patient to add Dependants to"));
+        return;
+    }
+    addDependantOf(principal);
+}
+
+void frmPatientsNew::addDependantOf(const QString& principal)
+{
+    m_principalPNo = principal;
+    // What is the person's own goes; surname, address, payer, card and next of kin stay,
+    // which is what a dependant inherits from the principal.
+    for (QLineEdit* e : {m_txtFirstName, m_txtAge, m_txtPhone, m_txtEmail, m_txtOccu,
+                         m_txtOfficeAddress})
+        e->clear();
+    ui::setBlank(m_dtDate);
+    for (QComboBox* c : {m_txtSex, m_cboMat, m_cboNew}) {
+        const QSignalBlocker quiet(c);
+        c->setCurrentIndex(-1);
+    }
+    for (QComboBox* c : {m_txtKinRel, m_cboTitle}) {
+        const QSignalBlocker quiet(c);
+        c->setCurrentIndex(c->count() > 0 ? 0 : -1);
+    }
+    m_isAddingDependant = true;  // tells the Add command to keep the payer
+    cmdAddClick();
+    m_isAddingDependant = true;
+    m_isEdit = false;
 }
 
 void frmPatientsNew::cmdDelClick()
@@ -828,6 +880,7 @@ void frmPatientsNew::editVal(const QString& pno)
         m_txtAdmitLimit->setText(QString::number(r.toDouble(u"AdmissionDaysLimit")));
         m_cmdANC->setEnabled(r.text(u"Sex") == QLatin1String("FEMALE"));
         m_principalPNo = r.text(u"pno");
+        m_cmdPatDep->setEnabled(true);
         showPhoto(r.text(u"pno"));
     });
 }

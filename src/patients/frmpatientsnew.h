@@ -71,6 +71,9 @@ private:
     void cmdDelClick();
     void cmdRefreshClick();
     void okButtonClick();
+    void cmdPatDepClick();
+    // Empties the person's own fields and starts adding a dependant of `principal`.
+    void addDependantOf(const QString& principal);
     void cmdCardClick();
     void cmdAttendClick();
     void cmdANCClick();
