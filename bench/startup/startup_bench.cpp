@@ -5,23 +5,20 @@
 //
 //   startup_bench [--patients N] [--due N] [--runs N] [--pg HOST:PORT] [--dir DIR]
 //
-// The large workspace is kept under DIR (default /tmp/tolmar-bench-startup) and reused by
-// later runs; generating a million patients takes a few minutes.
+// The large workspace is kept under DIR (default /tmp/tolmar-bench) and reused by later runs
+// of this and the other benchmarks.
+
+#include "benchworkspace.h"
 
 #include "core/appcontext.h"
-#include "core/demoworkspace.h"
 #include "core/mditolmar.h"
 #include "core/startup.h"
-#include "patients/patientgenerator.h"
 #include "platform/db.h"
-#include "platform/files.h"
 #include "platform/prompt.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cstdio>
@@ -31,63 +28,11 @@ using namespace tolmar;
 
 namespace {
 
-void say(const QString& s)
-{
-    std::fprintf(stderr, "%s\n", qPrintable(s));
-    std::fflush(stderr);
-}
-
-struct Workspace {
-    QString home;
-    db::ServerConfig server;
-};
-
-// A demo workspace of `patients` generated patients, made once and reused.
-Workspace prepare(const QString& dir, const QString& pgServer, qint64 patients)
-{
-    const QString tag =
-        QStringLiteral("%1-%2").arg(pgServer.isEmpty() ? "sqlite" : "pg").arg(patients);
-    Workspace w;
-    w.home = QDir(dir).filePath(tag);
-    const QString server = pgServer.isEmpty() ? QString()
-                                              : pgServer + QStringLiteral("/tolmar_bench_") +
-                                                    QString::number(patients);
-    const QString serverName = server.isEmpty() ? QStringLiteral("sqlite:") +
-                                                      QDir(w.home).filePath(QStringLiteral("data"))
-                                                : server;
-    w.server = db::ServerConfig::fromServerName(serverName, w.home);
-    // Marked ready only once filled: a run stopped half-way is made again.
-    const QString ready = QDir(w.home).filePath(QStringLiteral("bench-ready"));
-    if (QFileInfo::exists(ready))
-        return w;
-    QDir(w.home).removeRecursively();
-    if (w.server.backend == db::Backend::Postgres) {
-        // The bench's own database, left by a run whose folder has gone: start afresh.
-        db::ServerConfig maintenance = w.server;
-        maintenance.pgDatabase = QStringLiteral("postgres");
-        db::Connection c(maintenance, db::Database::Hospital);
-        c.execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + w.server.pgDatabase);
-    }
-    say(QStringLiteral("Making the workspace %1 with %2 patients").arg(w.home).arg(patients));
-    DemoOptions o;
-    o.dir = w.home;
-    o.server = server;
-    o.patients = patients;
-    o.log = [](const QString& line) { say(QStringLiteral("  ") + line); };
-    createDemoWorkspace(o);
-    // Earlier mornings have swept the cards that ran out before today.
-    db::Connection c(w.server, db::Database::Hospital);
-    const QDate today =
-        db::variantDateTime(c.scalar(QStringLiteral("select sysDT from qrySysDateTime"))).date();
-    c.exec(
-        QStringLiteral("update hPatients set expired = 1 where expirydate <= ? and expired = 0"),
-        {today});
-    files::writeLines(ready, {QString::number(patients)});
-    return w;
-}
+using bench::BenchWorkspace;
+using bench::say;
 
 // Puts `due` private cards back to falling due today, so the sweep has work to do.
-int armDueCards(const Workspace& w, int due)
+int armDueCards(const BenchWorkspace& w, int due)
 {
     db::Connection c(w.server, db::Database::Hospital);
     const QDate today =
@@ -110,7 +55,7 @@ struct Timing {
 };
 
 // One start of the program up to its main window on screen, in this process.
-Timing startOnce(const Workspace& w)
+Timing startOnce(const BenchWorkspace& w)
 {
     ScriptedPrompter prompter;
     Clock clock;
@@ -147,8 +92,8 @@ double median(std::vector<double> v)
 void benchBackend(const QString& label, const QString& dir, const QString& pg, qint64 patients,
                   int due, int runs)
 {
-    const Workspace big = prepare(dir, pg, patients);
-    const Workspace empty = prepare(dir, pg, 0);
+    const BenchWorkspace big = bench::prepareWorkspace(dir, pg, patients);
+    const BenchWorkspace empty = bench::prepareWorkspace(dir, pg, 0);
     startOnce(empty);  // the first start warms the program's own caches (fonts, plugins)
 
     std::vector<double> bigRuns;
@@ -194,7 +139,7 @@ int main(int argc, char* argv[])
                                 QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG"));
     const QCommandLineOption dir(QStringLiteral("dir"), QStringLiteral("workspace folder"),
                                  QStringLiteral("DIR"),
-                                 QStringLiteral("/tmp/tolmar-bench-startup"));
+                                 bench::defaultBenchDir());
     cl.addOptions({patients, due, runs, pg, dir});
     cl.process(app);
 

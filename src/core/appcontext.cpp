@@ -42,9 +42,41 @@ db::Connection& AppContext::db(db::Database which)
     return *slot;
 }
 
-std::unique_ptr<db::Connection> AppContext::openConnection(db::Database which)
+namespace {
+// Idle connections kept per run: a command holding one may call a routine that takes
+// another (an audit line, the activity row), and nothing needs more at once.
+constexpr size_t kMaxIdleConnections = 4;
+}  // namespace
+
+AppContext::OwnConnection AppContext::openConnection(db::Database which)
 {
-    return std::make_unique<db::Connection>(m_session.server, which);
+    for (auto it = m_idle.rbegin(); it != m_idle.rend(); ++it) {
+        if ((*it)->database() != which)
+            continue;
+        std::unique_ptr<db::Connection> c = std::move(*it);
+        m_idle.erase(std::next(it).base());
+        // A server restart or a dropped link leaves a kept connection dead without a word;
+        // one round trip finds out before a command relies on it.
+        if (c->backend() == db::Backend::Postgres) {
+            try {
+                c->scalar(QStringLiteral("SELECT 1"));
+            } catch (const db::DbError&) {
+                break;  // the others are likely gone too; a fresh one is opened below
+            }
+        }
+        return OwnConnection(c.release(), ConnectionReturn{this});
+    }
+    return OwnConnection(new db::Connection(m_session.server, which), ConnectionReturn{this});
+}
+
+void AppContext::ConnectionReturn::operator()(db::Connection* c) const
+{
+    std::unique_ptr<db::Connection> owned(c);
+    if (!owner || !c || c->inTransaction() || c->sawError())
+        return;
+    if (owner->m_idle.size() >= kMaxIdleConnections)
+        owner->m_idle.erase(owner->m_idle.begin());
+    owner->m_idle.push_back(std::move(owned));
 }
 
 db::Connection& AppContext::drawConnection()
@@ -56,6 +88,7 @@ db::Connection& AppContext::drawConnection()
 
 void AppContext::resetConnections()
 {
+    m_idle.clear();
     m_shared.clear();
     m_draws.reset();
 }

@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 namespace tolmar {
 
@@ -38,8 +39,16 @@ public:
     void setServer(const db::ServerConfig& config);
     // The run's shared connection to a database, for lists and grids; opened on first use.
     db::Connection& db(db::Database which = db::Database::Hospital);
-    // A connection of its own for a command that writes; closed when the pointer goes.
-    std::unique_ptr<db::Connection> openConnection(db::Database which = db::Database::Hospital);
+    // A connection of its own for a command that writes, for as long as the handle lives.
+    // Opening a server connection costs more than a whole save, so a handle given back with
+    // no transaction open and no failed statement is kept for the next command; one that
+    // saw an error is closed. A kept connection is checked before it is handed out again.
+    struct ConnectionReturn {
+        AppContext* owner = nullptr;
+        void operator()(db::Connection* c) const;
+    };
+    using OwnConnection = std::unique_ptr<db::Connection, ConnectionReturn>;
+    OwnConnection openConnection(db::Database which = db::Database::Hospital);
     // The connection identifier draws run on: its own, kept for the run, never inside a
     // transaction, so a draw commits at once whatever the desk's save is doing.
     db::Connection& drawConnection();
@@ -65,6 +74,7 @@ private:
     std::unique_ptr<ScreenHost> m_screens;
     std::map<db::Database, std::unique_ptr<db::Connection>> m_shared;
     std::unique_ptr<db::Connection> m_draws;
+    std::vector<std::unique_ptr<db::Connection>> m_idle;  // given back by openConnection's users
 };
 
 }  // namespace tolmar

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <vector>
+
 namespace tolmar {
 
 class AppContext;
@@ -21,5 +23,15 @@ inline constexpr int kAuditSrcSize = 100;
 // it goes to stderr and the call returns normally.
 void SpAudiTrail(AppContext& ctx, const QString& userName, const QString& action,
                  const QString& tranCode, const QString& remarks, const QString& computerName);
+
+struct AuditEntry {
+    QString action;
+    QString tranCode;
+    QString remarks;
+};
+// Several entries of one command at one moment, in order, written by one statement: a
+// save that leaves three lines waits for the server once instead of three times.
+void SpAudiTrail(AppContext& ctx, const QString& userName, const std::vector<AuditEntry>& entries,
+                 const QString& computerName);
 
 }  // namespace tolmar

@@ -37,14 +37,6 @@ QVariant limitOrNull(const QString& typed)
     return t.isEmpty() ? QVariant() : QVariant(t.toDouble());
 }
 
-// Audit lines wait for the commit: written earlier, they would tell of rows that a
-// rollback may yet take back.
-struct AuditLine {
-    QString action;
-    QString tranCode;
-    QString remarks;
-};
-
 class SaveRun {
 public:
     SaveRun(AppContext& ctx, const RegistrationForm& f) : m_ctx(ctx), m_f(f) {}
@@ -73,7 +65,9 @@ private:
     const RegistrationForm& m_f;
     QString m_pno;
     QString m_consultID;
-    std::vector<AuditLine> m_audits;
+    // Audit lines wait for the commit: written earlier, they would tell of rows that a
+    // rollback may yet take back.
+    std::vector<AuditEntry> m_audits;
 };
 
 void SaveRun::drawConsultID()
@@ -298,13 +292,12 @@ void SaveRun::afterCommit()
                       .arg(name, m_f.loadedRetainID, m_f.loadedCoyName, m_f.selectedCoyName,
                            m_f.selectedRetainID)
                 : QStringLiteral("Edit Reg for %1").arg(name);
-        m_audits.insert(m_audits.begin(), AuditLine{text, m_pno, QString()});
+        m_audits.insert(m_audits.begin(), AuditEntry{text, m_pno, QString()});
     } else {
         m_audits.insert(m_audits.begin(),
-                        AuditLine{QStringLiteral("Insert Reg for %1").arg(name), m_pno, QString()});
+                        AuditEntry{QStringLiteral("Insert Reg for %1").arg(name), m_pno, QString()});
     }
-    for (const AuditLine& a : m_audits)
-        SpAudiTrail(m_ctx, s.userName, a.action, a.tranCode, a.remarks, s.computerName);
+    SpAudiTrail(m_ctx, s.userName, m_audits, s.computerName);
 
     if (!m_f.takeAttendance)
         return;

@@ -281,6 +281,12 @@ QDateTime Row::dateTime(QStringView column) const { return variantDateTime(value
 
 // ---------------------------------------------------------------------------------------
 
+namespace {
+thread_local StatementObserver* t_observer = nullptr;
+}  // namespace
+
+void observeStatements(StatementObserver* observer) { t_observer = observer; }
+
 // Prepared statements by text, so a statement that runs a thousand times is parsed once.
 struct Connection::Cache {
     QHash<QString, std::shared_ptr<QSqlQuery>> statements;
@@ -399,14 +405,19 @@ void Connection::openPostgres()
     d.setConnectOptions(QStringLiteral("connect_timeout=10;application_name=tolmar-records"));
     if (!d.open())
         throw DbError(QStringLiteral("%1 (%2)").arg(errorText(d.lastError()), m_config.describe()));
+    execScript(QStringLiteral("SET search_path TO ") + pgSearchPath(m_db));
+}
+
+QString pgSearchPath(Database db)
+{
     // Own schema first, then the others: an unqualified name resolves the way it does on
     // SQLite, where the own file is `main` and the others are attached in this order.
-    QStringList path{schemaName(m_db)};
+    QStringList path{schemaName(db)};
     for (Database other : kAllDatabases)
-        if (other != m_db)
+        if (other != db)
             path << schemaName(other);
     path << QStringLiteral("public");
-    execScript(QStringLiteral("SET search_path TO ") + path.join(QLatin1Char(',')));
+    return path.join(QLatin1Char(','));
 }
 
 std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& params)
@@ -424,17 +435,25 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         if (!slot->prepare(sql)) {
             const QString err = errorText(slot->lastError());
             m_cache->statements.remove(sql);
+            m_sawError = true;
             throw DbError(err, sql);
         }
     }
     std::shared_ptr<QSqlQuery> q = slot;
-    for (int i = 0; i < int(params.size()); ++i)
-        q->bindValue(i, bindable(params[size_t(i)]));
+    Params bound;
+    bound.reserve(params.size());
+    for (const QVariant& p : params)
+        bound.push_back(bindable(p));
+    if (t_observer)
+        t_observer->statement(*this, sql, bound);
+    for (int i = 0; i < int(bound.size()); ++i)
+        q->bindValue(i, bound[size_t(i)]);
     if (!q->exec()) {
         const QString err = errorText(q->lastError());
         q->finish();
         // A connection that broke mid-way must not keep a statement prepared on it.
         m_cache->statements.remove(sql);
+        m_sawError = true;
         throw DbError(err, sql);
     }
     return q;
@@ -494,9 +513,13 @@ void Connection::execScript(const QString& sql)
 {
     QSqlDatabase d = QSqlDatabase::database(m_name, false);
     for (const QString& stmt : splitSqlStatements(sql)) {
+        if (t_observer)
+            t_observer->statement(*this, stmt, {});
         QSqlQuery q(d);
-        if (!q.exec(stmt))
+        if (!q.exec(stmt)) {
+            m_sawError = true;
             throw DbError(errorText(q.lastError()), stmt);
+        }
     }
 }
 
@@ -532,6 +555,8 @@ void Connection::rollback()
     m_txDepth = 0;
     m_cache->statements.clear();
     QSqlDatabase d = QSqlDatabase::database(m_name, false);
+    if (t_observer)
+        t_observer->statement(*this, QStringLiteral("ROLLBACK"), {});
     QSqlQuery q(d);
     q.exec(QStringLiteral("ROLLBACK"));
 }

@@ -30,6 +30,9 @@ inline constexpr Database kAllDatabases[] = {Database::Hospital, Database::Hospi
 QString databaseName(Database db);
 std::optional<Database> databaseFromName(const QString& name);
 
+// The schemas a PostgreSQL connection to `db` looks names up in, comma-separated.
+QString pgSearchPath(Database db);
+
 enum class Backend { Sqlite, Postgres };
 
 // Where the five databases live. Built from the server name of made.sys:
@@ -145,6 +148,9 @@ public:
     void execScript(const QString& sql);
 
     bool inTransaction() const { return m_txDepth > 0; }
+    // A statement failed here since the connection opened: it may be dead or half-way
+    // through something, and is not handed on to another command.
+    bool sawError() const { return m_sawError; }
 
     // For loaders that write hundreds of thousands of rows on this connection: a page
     // cache large enough to keep the indexes in memory (SQLite), no wait for the log flush
@@ -176,6 +182,7 @@ private:
     QString m_name;
     int m_txDepth = 0;
     bool m_local = false;
+    bool m_sawError = false;
     std::unique_ptr<Cache> m_cache;
 };
 
@@ -195,6 +202,17 @@ private:
     Connection& m_conn;
     bool m_active = true;
 };
+
+// Sees every statement that connections on the calling thread run, with the values as
+// they go to the driver (dates as ISO text, true as 1), transaction verbs included. The
+// save benchmark records a desk's statements with it to replay them through pgbench. Not
+// owned; nullptr stops it.
+class StatementObserver {
+public:
+    virtual ~StatementObserver() = default;
+    virtual void statement(const Connection& c, const QString& sql, const Params& params) = 0;
+};
+void observeStatements(StatementObserver* observer);
 
 // How long a SQLite connection waits for another desk's write lock before giving up.
 inline constexpr int kSqliteBusyTimeoutMs = 60000;

@@ -5,6 +5,8 @@
 
 #include "platform/db.h"
 
+#include <thread>
+
 using namespace tolmar;
 using namespace tolmar::test;
 using db::Database;
@@ -78,6 +80,42 @@ TEST_P(DbSeam, TransactionRollsBackUnlessCommitted)
                          {QStringLiteral("EPE")})
                   .toInt(),
               1);
+}
+
+namespace {
+struct Seen : db::StatementObserver {
+    void statement(const db::Connection&, const QString& sql, const db::Params& p) override
+    {
+        lines << sql;
+        values.insert(values.end(), p.begin(), p.end());
+    }
+    QStringList lines;
+    db::Params values;
+};
+}  // namespace
+
+TEST_P(DbSeam, ObserverSeesThisThreadsStatementsWithValuesAndTransactionVerbs)
+{
+    auto c = ws->connect();
+    Seen seen;
+    db::observeStatements(&seen);
+    {
+        db::Transaction tx(*c);
+        c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
+                {QStringLiteral("O'DUA")});
+    }  // rolled back
+    // Another thread's statements are its own business.
+    std::thread([&] { ws->connect()->scalar(QStringLiteral("SELECT count(*) FROM idgen")); })
+        .join();
+    db::observeStatements(nullptr);
+    c->scalar(QStringLiteral("SELECT 1"));
+
+    ASSERT_EQ(seen.lines.size(), 3);
+    EXPECT_TRUE(seen.lines[0].startsWith(QStringLiteral("BEGIN")));
+    EXPECT_EQ(seen.lines[1], QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"));
+    EXPECT_EQ(seen.lines[2], QStringLiteral("ROLLBACK"));
+    ASSERT_EQ(seen.values.size(), 1u);
+    EXPECT_EQ(seen.values[0].toString(), QStringLiteral("O'DUA"));
 }
 
 TEST_P(DbSeam, FailedStatementCarriesTheDriverTextAndTheStatement)

@@ -125,6 +125,8 @@ TEST_P(RegistrationSave, EachCheckStopsWithItsMessageAndControlBeforeAnythingIsD
          "cboCard"},
         {"private expiry", [](auto& f) { f.expiryDate = QDate(); },
          " Please Specify Expiration Date for this Private Patient", "dtExpDate"},
+        {"registration date", [](auto& f) { f.regDate = QDate(); },
+         " Please Specify Date Patient Registered", "dtRegDate"},
         {"card number on edit",
          [](auto& f) {
              f.isEdit = true;

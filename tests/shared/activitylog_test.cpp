@@ -190,6 +190,35 @@ TEST_P(Audit, EntryHoldsTheSevenValuesInOrder)
     EXPECT_EQ(r.text(u"Src"), QStringLiteral("FRONTDESK-2: from RECORDS"));
 }
 
+TEST_P(Audit, EntriesOfOneCommandGoInTogetherInTheirOrder)
+{
+    desk->clock.setServer(QDateTime(QDate(2026, 11, 24), QTime(9, 41)));
+    SpAudiTrail(desk->ctx, QStringLiteral("demo"),
+                {{QStringLiteral("Insert Reg for O'NEIL ADA"), QStringLiteral("001/000000009"), {}},
+                 {QStringLiteral("Insert Attendance for O'NEIL ADA"), QStringLiteral("0010000042"),
+                  QStringLiteral("PRIVATE/GENERAL/CONSULTATION/(PRIVATE)")},
+                 {QStringLiteral("Reg Fee for O'NEIL ADA"), QStringLiteral("001/000000009"), {}}},
+                QStringLiteral("FRONTDESK-2"));
+    const auto rows = ws->connect()->query(QStringLiteral(
+        "SELECT userAction, TranCode, Remarks, ActionDate, ActionTime, Src FROM AuditTrail "
+        "ORDER BY SNo"));
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows.rows[0].text(u"userAction"), QStringLiteral("Insert Reg for O'NEIL ADA"));
+    EXPECT_EQ(rows.rows[1].text(u"TranCode"), QStringLiteral("0010000042"));
+    EXPECT_EQ(rows.rows[1].text(u"Remarks"),
+              QStringLiteral("PRIVATE/GENERAL/CONSULTATION/(PRIVATE)"));
+    EXPECT_EQ(rows.rows[2].text(u"userAction"), QStringLiteral("Reg Fee for O'NEIL ADA"));
+    for (const db::Row& r : rows.rows) {
+        EXPECT_EQ(r.date(u"ActionDate"), QDate(2026, 11, 24));
+        EXPECT_EQ(r.text(u"ActionTime"), QStringLiteral("09:41"));
+        EXPECT_EQ(r.text(u"Src"), QStringLiteral("FRONTDESK-2: from RECORDS"));
+    }
+    // Nothing to record writes nothing.
+    SpAudiTrail(desk->ctx, QStringLiteral("demo"), std::vector<AuditEntry>{},
+                QStringLiteral("FRONTDESK-2"));
+    EXPECT_EQ(count(QStringLiteral("AuditTrail")), 3);
+}
+
 TEST_P(Audit, OverlongValuesAreCutToTheirSizes)
 {
     const QString longName(80, QLatin1Char('u'));

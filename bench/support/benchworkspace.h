@@ -1,0 +1,26 @@
+#pragma once
+// A demo workspace of many generated patients, made once under a folder and reused by
+// later runs of any benchmark: generating a million patients takes minutes.
+
+#include "platform/db.h"
+
+#include <QString>
+
+namespace tolmar::bench {
+
+struct BenchWorkspace {
+    QString home;
+    db::ServerConfig server;
+};
+
+// The workspace of `patients` generated patients under `dir`, on SQLite when `pgServer` is
+// empty, else on that PostgreSQL server ("host:port") in a database of its own.
+BenchWorkspace prepareWorkspace(const QString& dir, const QString& pgServer, qint64 patients);
+
+// The folder shared by the benchmarks unless one is given.
+QString defaultBenchDir();
+
+// Progress and failures, on stderr so that stdout carries the figures only.
+void say(const QString& line);
+
+}  // namespace tolmar::bench
