@@ -117,27 +117,20 @@ public:
     std::vector<Recorded> statements;
 };
 
-// A value as a literal of the script. pgbench reads ":name" as a variable even inside
-// quotes, so a colon goes in as its octal escape.
+// A value as a literal of the script; the recorder sees values as the driver gets them,
+// so dates are already text. pgbench reads ":name" as a variable even inside quotes, so a
+// colon goes in as its octal escape.
 QString literal(const QVariant& v)
 {
     if (!v.isValid() || v.isNull())
         return QStringLiteral("NULL");
     switch (v.typeId()) {
-    case QMetaType::Bool:
-        return v.toBool() ? QStringLiteral("true") : QStringLiteral("false");
     case QMetaType::Int:
     case QMetaType::UInt:
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
     case QMetaType::Double:
         return v.toString();
-    case QMetaType::QDate:
-        return QLatin1Char('\'') + v.toDate().toString(Qt::ISODate) + QLatin1Char('\'');
-    case QMetaType::QDateTime:
-        return QStringLiteral("E'") +
-               v.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH\\072mm\\072ss.zzz")) +
-               QLatin1Char('\'');
     default:
         break;
     }

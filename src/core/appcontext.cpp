@@ -44,8 +44,9 @@ db::Connection& AppContext::db(db::Database which)
 
 namespace {
 // Idle connections kept per run: a command holding one may call a routine that takes
-// another (an audit line, the activity row), and nothing needs more at once.
-constexpr size_t kMaxIdleConnections = 4;
+// another (an audit line, the activity row). Every one is a server process for as long as
+// the desk runs, and a hospital has many desks, so no more are kept.
+constexpr size_t kMaxIdleConnections = 2;
 }  // namespace
 
 AppContext::OwnConnection AppContext::openConnection(db::Database which)
