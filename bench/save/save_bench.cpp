@@ -12,6 +12,7 @@
 #include "benchworkspace.h"
 
 #include "core/appcontext.h"
+#include "core/idgen.h"
 #include "core/startup.h"
 #include "patients/registrationform.h"
 #include "patients/registrationsave.h"
@@ -193,7 +194,7 @@ Script pgbenchScript(const std::vector<Recorded>& recorded, const QString& pno,
         ++s.statements;
         if (r.sql.startsWith(QLatin1String("UPDATE idgen SET id = id + 1"))) {
             const QString series = r.params.empty() ? QString() : r.params.front().toString();
-            const QString name = series == QLatin1String("PATIENT2") ? QStringLiteral("pno")
+            const QString name = series == kSeriesPatientNo ? QStringLiteral("pno")
                                                                       : QStringLiteral("cid");
             s.text += QStringLiteral(
                           "UPDATE idgen SET id = id + 1 WHERE destName = %1 RETURNING CASE "
