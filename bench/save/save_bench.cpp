@@ -368,19 +368,15 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QCommandLineParser cl;
     cl.addHelpOption();
-    const QCommandLineOption patientsOpt(QStringLiteral("patients"), QStringLiteral("patients"),
-                                         QStringLiteral("N"), QStringLiteral("1000000"));
+    const bench::WorkspaceOptions workspace;
     const QCommandLineOption savesOpt(QStringLiteral("saves"), QStringLiteral("saves per desk"),
                                       QStringLiteral("N"), QStringLiteral("100"));
     const QCommandLineOption desksOpt(QStringLiteral("desks"), QStringLiteral("desk counts"),
                                       QStringLiteral("LIST"), QStringLiteral("1,4,16"));
-    const QCommandLineOption pgOpt(QStringLiteral("pg"), QStringLiteral("PostgreSQL HOST:PORT"),
-                                   QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG"));
-    const QCommandLineOption dirOpt(QStringLiteral("dir"), QStringLiteral("workspace folder"),
-                                    QStringLiteral("DIR"), bench::defaultBenchDir());
-    cl.addOptions({patientsOpt, savesOpt, desksOpt, pgOpt, dirOpt});
+    workspace.addTo(cl);
+    cl.addOptions({savesOpt, desksOpt});
     cl.process(app);
-    if (cl.value(pgOpt).isEmpty()) {
+    if (cl.value(workspace.pg).isEmpty()) {
         say(QStringLiteral("save_bench needs a PostgreSQL server: --pg HOST:PORT or "
                            "TOLMAR_TEST_PG"));
         return 2;
@@ -391,8 +387,8 @@ int main(int argc, char* argv[])
         deskCounts.push_back(std::max(1, n.toInt()));
 
     try {
-        const auto w = bench::prepareWorkspace(cl.value(dirOpt), cl.value(pgOpt),
-                                               cl.value(patientsOpt).toLongLong());
+        const auto w = bench::prepareWorkspace(cl.value(workspace.dir), cl.value(workspace.pg),
+                                               cl.value(workspace.patients).toLongLong());
         // One save recorded on its way to the server, for pgbench to replay.
         Script script;
         {
@@ -423,7 +419,7 @@ int main(int argc, char* argv[])
             db::Connection c(w.server, db::Database::Hospital);
             std::printf("%lld patients on PostgreSQL %s; one save is %d statements\n",
                         c.scalar(QStringLiteral("select count(*) from hPatients")).toLongLong(),
-                        qPrintable(cl.value(pgOpt)), script.statements);
+                        qPrintable(cl.value(workspace.pg)), script.statements);
         }
         std::printf("%-8s %5s %7s %9s %8s %8s %8s %10s\n", "", "desks", "saves", "seconds",
                     "p50 ms", "p95 ms", "p99 ms", "saves/s");

@@ -129,27 +129,23 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QCommandLineParser cl;
     cl.addHelpOption();
-    const QCommandLineOption patients(QStringLiteral("patients"), QStringLiteral("patients"),
-                                      QStringLiteral("N"), QStringLiteral("1000000"));
+    const bench::WorkspaceOptions workspace;
     const QCommandLineOption due(QStringLiteral("due"), QStringLiteral("cards due today"),
                                  QStringLiteral("N"), QStringLiteral("3000"));
     const QCommandLineOption runs(QStringLiteral("runs"), QStringLiteral("timed starts"),
                                   QStringLiteral("N"), QStringLiteral("5"));
-    const QCommandLineOption pg(QStringLiteral("pg"), QStringLiteral("PostgreSQL HOST:PORT"),
-                                QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG"));
-    const QCommandLineOption dir(QStringLiteral("dir"), QStringLiteral("workspace folder"),
-                                 QStringLiteral("DIR"),
-                                 bench::defaultBenchDir());
-    cl.addOptions({patients, due, runs, pg, dir});
+    workspace.addTo(cl);
+    cl.addOptions({due, runs});
     cl.process(app);
 
-    const qint64 n = cl.value(patients).toLongLong();
+    const qint64 n = cl.value(workspace.patients).toLongLong();
     const int d = cl.value(due).toInt();
     const int r = std::max(1, cl.value(runs).toInt());
     try {
-        benchBackend(QStringLiteral("SQLite"), cl.value(dir), QString(), n, d, r);
-        if (!cl.value(pg).isEmpty())
-            benchBackend(QStringLiteral("PostgreSQL"), cl.value(dir), cl.value(pg), n, d, r);
+        benchBackend(QStringLiteral("SQLite"), cl.value(workspace.dir), QString(), n, d, r);
+        if (!cl.value(workspace.pg).isEmpty())
+            benchBackend(QStringLiteral("PostgreSQL"), cl.value(workspace.dir),
+                         cl.value(workspace.pg), n, d, r);
     } catch (const std::exception& e) {
         say(QStringLiteral("benchmark failed: %1").arg(QString::fromLocal8Bit(e.what())));
         return 1;

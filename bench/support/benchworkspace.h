@@ -4,6 +4,8 @@
 
 #include "platform/db.h"
 
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QString>
 
 namespace tolmar::bench {
@@ -19,6 +21,18 @@ BenchWorkspace prepareWorkspace(const QString& dir, const QString& pgServer, qin
 
 // The folder shared by the benchmarks unless one is given.
 QString defaultBenchDir();
+
+// The options of every benchmark on a generated workspace: its size, the PostgreSQL server
+// (TOLMAR_TEST_PG unless given) and the folder it is kept in.
+struct WorkspaceOptions {
+    QCommandLineOption patients{QStringLiteral("patients"), QStringLiteral("patients"),
+                                QStringLiteral("N"), QStringLiteral("1000000")};
+    QCommandLineOption pg{QStringLiteral("pg"), QStringLiteral("PostgreSQL HOST:PORT"),
+                          QStringLiteral("HOST"), qEnvironmentVariable("TOLMAR_TEST_PG")};
+    QCommandLineOption dir{QStringLiteral("dir"), QStringLiteral("workspace folder"),
+                           QStringLiteral("DIR"), defaultBenchDir()};
+    void addTo(QCommandLineParser& cl) const { cl.addOptions({patients, pg, dir}); }
+};
 
 // Progress and failures, on stderr so that stdout carries the figures only.
 void say(const QString& line);

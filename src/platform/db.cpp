@@ -440,14 +440,12 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         }
     }
     std::shared_ptr<QSqlQuery> q = slot;
-    Params bound;
-    bound.reserve(params.size());
-    for (const QVariant& p : params)
-        bound.push_back(bindable(p));
-    if (t_observer)
-        t_observer->statement(*this, sql, bound);
-    for (int i = 0; i < int(bound.size()); ++i)
-        q->bindValue(i, bound[size_t(i)]);
+    for (int i = 0; i < int(params.size()); ++i)
+        q->bindValue(i, bindable(params[size_t(i)]));
+    if (t_observer) {
+        const QVariantList bound = q->boundValues();
+        t_observer->statement(*this, sql, Params(bound.begin(), bound.end()));
+    }
     if (!q->exec()) {
         const QString err = errorText(q->lastError());
         q->finish();

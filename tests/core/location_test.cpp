@@ -1,4 +1,5 @@
 // The two server-location screens, driven by control name as a person would use them.
+#include "support/screenkit.h"
 #include "support/workspace.h"
 
 #include "core/appdefaults.h"
@@ -22,17 +23,6 @@ using namespace tolmar;
 using namespace tolmar::test;
 
 namespace {
-
-template <typename T>
-T* child(QWidget* w, const char* name)
-{
-    T* c = w->findChild<T*>(QString::fromLatin1(name));
-    if (!c)
-        ADD_FAILURE() << "no control " << name;
-    return c;
-}
-
-void click(QWidget* w, const char* name) { QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton); }
 
 class Locations : public testing::Test {
 protected:

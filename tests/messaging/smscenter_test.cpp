@@ -1,4 +1,5 @@
 // The SMS Center screen, driven by control name.
+#include "support/screenkit.h"
 #include "support/workspace.h"
 
 #include "messaging/frmbirthday.h"
@@ -16,24 +17,6 @@
 using namespace tolmar;
 using namespace tolmar::test;
 using db::Database;
-
-namespace {
-
-template <typename T>
-T* child(QWidget* w, const char* name)
-{
-    T* c = w->findChild<T*>(QString::fromLatin1(name));
-    if (!c)
-        ADD_FAILURE() << "no control " << name;
-    return c;
-}
-
-void click(QWidget* w, const char* name)
-{
-    QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
-}
-
-}  // namespace
 
 class SmsCenterScreen : public BackendTest {
 protected:

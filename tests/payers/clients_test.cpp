@@ -1,7 +1,7 @@
 // Client companies and HMOs: codes, the client screen's checks and writes, the refusal to
 // delete a payer that patients hold, the receivable account, the account picker, the scheme
 // rows and the residential areas.
-#include "screenkit.h"
+#include "support/screenkit.h"
 #include "support/workspace.h"
 
 #include "billing/frmrevacctselect.h"

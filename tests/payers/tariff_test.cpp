@@ -1,6 +1,6 @@
 // The three price-list screens, driven through one body per case and run for each row of
 // the table of the three lists, on each backend.
-#include "screenkit.h"
+#include "support/screenkit.h"
 #include "support/workspace.h"
 
 #include "core/screenhost.h"

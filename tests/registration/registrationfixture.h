@@ -2,6 +2,7 @@
 // A desk that has started up, with its registration screen open offscreen, and a few
 // helpers that put patients and visits in place the way the other desks would have.
 
+#include "support/screenkit.h"
 #include "support/workspace.h"
 
 #include "core/ui/formbuilder.h"
@@ -22,52 +23,6 @@ namespace tolmar::test {
 
 // 23/11/2026, the fixed server date of every desk in the tests.
 inline const QDate kToday(2026, 11, 23);
-
-template <typename T>
-T* child(QWidget* w, const char* name)
-{
-    T* c = w->findChild<T*>(QString::fromLatin1(name));
-    if (!c)
-        ADD_FAILURE() << "no control " << name;
-    return c;
-}
-
-inline QComboBox* combo(QWidget* w, const char* name) { return child<QComboBox>(w, name); }
-inline QLineEdit* edit(QWidget* w, const char* name) { return child<QLineEdit>(w, name); }
-inline QDateEdit* dateBox(QWidget* w, const char* name) { return child<QDateEdit>(w, name); }
-
-inline void click(QWidget* w, const char* name)
-{
-    QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
-}
-
-// Chooses the entry of a list box whose text begins with `text`, as a person picking it.
-inline void pick(QWidget* w, const char* name, const QString& text)
-{
-    QComboBox* box = combo(w, name);
-    for (int i = 0; i < box->count(); ++i)
-        if (box->itemText(i).startsWith(text)) {
-            box->setCurrentIndex(i);
-            return;
-        }
-    ADD_FAILURE() << name << " has no entry " << text.toStdString();
-}
-
-// A double click on a row of a grid, as the mouse gives it.
-inline void doubleClickRow(QTableView* grid, int row)
-{
-    const QPoint at = grid->visualRect(grid->model()->index(row, 0)).center();
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
-    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, at);
-}
-
-inline QStringList items(QComboBox* box)
-{
-    QStringList out;
-    for (int i = 0; i < box->count(); ++i)
-        out << box->itemText(i);
-    return out;
-}
 
 struct PatientSeed {
     QString pno;

@@ -2,8 +2,12 @@
 // Finding and working the controls of a screen by name, as the person at the desk would.
 
 #include <QAbstractItemModel>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QString>
+#include <QStringList>
 #include <QTableView>
 #include <QTest>
 #include <QWidget>
@@ -21,9 +25,41 @@ T* child(QWidget* w, const char* name)
     return c;
 }
 
+inline QComboBox* combo(QWidget* w, const char* name) { return child<QComboBox>(w, name); }
+inline QLineEdit* edit(QWidget* w, const char* name) { return child<QLineEdit>(w, name); }
+inline QDateEdit* dateBox(QWidget* w, const char* name) { return child<QDateEdit>(w, name); }
+
 inline void click(QWidget* w, const char* name)
 {
     QTest::mouseClick(child<QPushButton>(w, name), Qt::LeftButton);
+}
+
+// Chooses the entry of a list box whose text begins with `text`, as a person picking it.
+inline void pick(QWidget* w, const char* name, const QString& text)
+{
+    QComboBox* box = combo(w, name);
+    for (int i = 0; i < box->count(); ++i)
+        if (box->itemText(i).startsWith(text)) {
+            box->setCurrentIndex(i);
+            return;
+        }
+    ADD_FAILURE() << name << " has no entry " << text.toStdString();
+}
+
+// A double click on a row of a grid, as the mouse gives it.
+inline void doubleClickRow(QTableView* grid, int row)
+{
+    const QPoint at = grid->visualRect(grid->model()->index(row, 0)).center();
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, at);
+}
+
+inline QStringList items(QComboBox* box)
+{
+    QStringList out;
+    for (int i = 0; i < box->count(); ++i)
+        out << box->itemText(i);
+    return out;
 }
 
 // The text of a grid cell under a column caption (any case); fetches lazily loaded rows.
