@@ -22,8 +22,8 @@ namespace {
 
 constexpr int kListSize = 5000;
 constexpr int kFollowers = 50;
-const QString kSource = QStringLiteral("0004");  // HYGEIA HMO, whose list everyone copies
-const QString kSourceEntry = QStringLiteral("HYGEIA HMO [0004]");
+const QString kSource = QStringLiteral("0004");  // HYLOVA HMO, whose list everyone copies
+const QString kSourceEntry = QStringLiteral("HYLOVA HMO [0004]");
 
 double median(std::vector<double> v)
 {
@@ -59,7 +59,7 @@ public:
                                    "CoyName, pharmCat, Remarks, Capitated, tariffStatus) "
                                    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
                     {QStringLiteral("BENCH ITEM %1").arg(i, 5, 10, QLatin1Char('0')),
-                     QStringLiteral("GENERAL"), 100.0 + i, kSource, QStringLiteral("HYGEIA HMO"),
+                     QStringLiteral("GENERAL"), 100.0 + i, kSource, QStringLiteral("HYLOVA HMO"),
                      QStringLiteral("ORAL SOLIDS"), QStringLiteral("HMO"), QStringLiteral("NO"),
                      QStringLiteral("FIXED")});
         for (int i = 0; i < payers; ++i)

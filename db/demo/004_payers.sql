@@ -11,22 +11,22 @@ INSERT INTO AppDefaults (ID, IDVal) VALUES ('Acct_Receivable', '1200');
 INSERT INTO hRetainership (retainID, retainCode, retainName, ClientType, clientCatID, Contact,
                            Address, PhoneNo, Email, Active, BillEndDate, ConAmount, RegAmount,
                            CardRenewAmount, AcctID) VALUES
-    ('0008', '0008', 'RELIANCE HMO', 'HMO', 'HMO', 'CLAIMS OFFICER', '23 ADEOLA ODEKU, VI',
-     '08031112222', 'claims@reliance.example', 'YES', '25', 3000, 2000, 1500, '12000003'),
-    ('0009', '0009', 'LEADWAY HEALTH', 'HMO', 'HMO', 'MR OLADIPO', '121 IKORODU ROAD, ONIPANU',
+    ('0008', '0008', 'RELMONT HMO', 'HMO', 'HMO', 'CLAIMS OFFICER', '23 ADEOLA ODEKU, VI',
+     '08031112222', 'claims@relmont.example', 'YES', '25', 3000, 2000, 1500, '12000003'),
+    ('0009', '0009', 'LEAMORE HEALTH', 'HMO', 'HMO', 'MR OLADIPO', '121 IKORODU ROAD, ONIPANU',
      '08032223333', '', 'YES', '31', 2500, 2000, 1000, '12000004'),
-    ('0010', '0010', 'CLEARLINE HMO', 'HMO', 'PHIS', 'MRS EZE', '8 ALLEN AVENUE, IKEJA',
+    ('0010', '0010', 'CLEMBROOK HMO', 'HMO', 'PHIS', 'MRS EZE', '8 ALLEN AVENUE, IKEJA',
      '08033334445', '', 'YES', '31', 2500, 1500, 1000, NULL),
-    ('0011', '0011', 'FIRST BANK OF NIGERIA PLC', 'COMPANY', 'CORPORATE', 'HEAD, HR',
-     '35 MARINA, LAGOS ISLAND', '08034445556', 'hr@firstbank.example', 'YES', '20', 5000, 3000,
+    ('0011', '0011', 'FIRSTLINE BANKING PLC', 'COMPANY', 'CORPORATE', 'HEAD, HR',
+     '35 MARINA, LAGOS ISLAND', '08034445556', 'hr@firstline.example', 'YES', '20', 5000, 3000,
      2000, '12000005'),
-    ('0012', '0012', 'LAGOS STATE WATER CORPORATION', 'COMPANY', 'RETAINER', 'MR ADEYEMI',
+    ('0012', '0012', 'LAGOON WATERWORKS CORPORATION', 'COMPANY', 'RETAINER', 'MR ADEYEMI',
      'IJORA CAUSEWAY', '08035556667', '', 'YES', '31', 4000, 2500, 1500, NULL),
     ('0013', '0013', 'ST. MARY''S SCHOOL (OLD BOYS)', 'COMPANY', 'CORPORATE', 'THE BURSAR',
      '4 CHURCH STREET, YABA', '08036667778', '', 'NO', '31', 3500, 2000, 1000, NULL),
     ('0014', '0014', 'FEE FOR SERVICE PATIENTS', 'FFS', 'FFS', '', 'IKEJA', '', '', 'YES',
      '31', 0, 0, 0, NULL),
-    ('0015', '0015', 'TOTAL HEALTH TRUST', 'HMO', 'HMO', 'MISS NWOSU', '5 AKIN ADESOLA, VI',
+    ('0015', '0015', 'TOLVEN CARE TRUST', 'HMO', 'HMO', 'MISS NWOSU', '5 AKIN ADESOLA, VI',
      '08037778889', '', 'YES', '31', 3000, 2000, 1500, NULL);
 
 UPDATE hRetainership SET AcctID = '12000001' WHERE retainID = '0002';
@@ -201,39 +201,39 @@ WITH b(name, cat, price) AS (VALUES
 )
 SELECT b.name || ' (' || v.label || ')', b.cat, 'NO', b.price * v.f FROM b CROSS JOIN v;
 
--- Price lists. HYGEIA and the scheme keep their own lists; others follow them.
+-- Price lists. HYLOVA and the scheme keep their own lists; others follow them.
 INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, CoyName, pharmCat, Remarks,
                       Capitated, tariffStatus)
-SELECT drgName, drgCatName, Price, '0004', 'HYGEIA HMO', pharmCat, 'HMO', Capitated, 'FIXED'
+SELECT drgName, drgCatName, Price, '0004', 'HYLOVA HMO', pharmCat, 'HMO', Capitated, 'FIXED'
 FROM drugMaster;
 INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, CoyName, pharmCat, Remarks,
                       Capitated, tariffStatus)
-SELECT drgName, drgCatName, Price * 0.7, '0006', 'NATIONAL HEALTH INSURANCE SCHEME', pharmCat,
+SELECT drgName, drgCatName, Price * 0.7, '0006', 'FEDERAL STAFF HEALTH INSURANCE SCHEME', pharmCat,
        'NHIS', Capitated, 'NEGOTIATE'
 FROM drugMaster;
 INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, CoyName, pharmCat, Remarks,
                       Capitated, tariffStatus)
-SELECT drgName, drgCatName, Price * 0.9, '0005', 'AXA MANSARD HEALTH', pharmCat, 'HMO',
+SELECT drgName, drgCatName, Price * 0.9, '0005', 'AXEL MANDRELL HEALTH', pharmCat, 'HMO',
        Capitated, tariffStatus
 FROM DrugNHIS WHERE Company = '0004';
 INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, CoyName, pharmCat, Remarks,
                       Capitated, tariffStatus)
-SELECT drgName, drgCatName, Price * 0.85, '0008', 'RELIANCE HMO', pharmCat, 'HMO',
+SELECT drgName, drgCatName, Price * 0.85, '0008', 'RELMONT HMO', pharmCat, 'HMO',
        Capitated, tariffStatus
 FROM DrugNHIS WHERE Company = '0004';
 INSERT INTO DrugNHIS (drgName, drgCatName, Price, Company, CoyName, pharmCat, Remarks,
                       Capitated, tariffStatus)
-SELECT drgName, drgCatName, Price * 1.2, '0011', 'FIRST BANK OF NIGERIA PLC', pharmCat,
+SELECT drgName, drgCatName, Price * 1.2, '0011', 'FIRSTLINE BANKING PLC', pharmCat,
        'COMPANY', Capitated, tariffStatus
 FROM DrugNHIS WHERE Company = '0004';
 
 INSERT INTO LabServiceNHIS (labName, labCatName, Price, Company, CoyName, Remarks, Capitated,
                             tariffStatus)
-SELECT labName, labCatName, Price, '0004', 'HYGEIA HMO', 'HMO', Capitated, 'FIXED'
+SELECT labName, labCatName, Price, '0004', 'HYLOVA HMO', 'HMO', Capitated, 'FIXED'
 FROM LabServices;
 INSERT INTO LabServiceNHIS (labName, labCatName, Price, Company, CoyName, Remarks, Capitated,
                             tariffStatus)
-SELECT labName, labCatName, Price * 0.85, '0005', 'AXA MANSARD HEALTH', 'HMO', Capitated,
+SELECT labName, labCatName, Price * 0.85, '0005', 'AXEL MANDRELL HEALTH', 'HMO', Capitated,
        tariffStatus
 FROM LabServiceNHIS WHERE Company = '0004';
 
@@ -243,7 +243,7 @@ SELECT ServName, servCatName, Price, '0001', 'PRIVATE PATIENTS', 'PRIVATE', Capi
 FROM hServices;
 INSERT INTO hServiceNHIS (ServName, servCatName, Price, Company, CoyName, Remarks, Capitated,
                           tariffStatus)
-SELECT ServName, servCatName, Price * 0.8, '0004', 'HYGEIA HMO', 'HMO', Capitated,
+SELECT ServName, servCatName, Price * 0.8, '0004', 'HYLOVA HMO', 'HMO', Capitated,
        tariffStatus
 FROM hServiceNHIS WHERE Company = '0001';
 
@@ -279,15 +279,15 @@ INSERT INTO ChartOfAccounts (AccountID, AccountName, groupID, AccountOpAmt, Acco
      '0001', 'demo', '', ''),
     ('11000002', 'ZENITH BANK CURRENT ACCOUNT', '1100', 2500000, 2500000, 'BANK', 'BANK', '',
      'JAN 2026', '0001', 'demo', '', ''),
-    ('12000001', 'DANGOTE FLOUR MILLS', '1200', 0, 0, 'CORPORATE', 'CLIENT',
+    ('12000001', 'DANBURY FLOUR MILLS', '1200', 0, 0, 'CORPORATE', 'CLIENT',
      '1 ALFRED REWANE RD, IKOYI', 'JAN 2026', '0001', 'demo', '0002', 'RECEIVABLE'),
-    ('12000002', 'HYGEIA HMO', '1200', 0, 0, 'HMO', 'CLIENT', 'LEKKI PHASE 1', 'JAN 2026',
+    ('12000002', 'HYLOVA HMO', '1200', 0, 0, 'HMO', 'CLIENT', 'LEKKI PHASE 1', 'JAN 2026',
      '0001', 'demo', '0004', 'RECEIVABLE'),
-    ('12000003', 'RELIANCE HMO', '1200', 0, 0, 'HMO', 'CLIENT', '23 ADEOLA ODEKU, VI',
+    ('12000003', 'RELMONT HMO', '1200', 0, 0, 'HMO', 'CLIENT', '23 ADEOLA ODEKU, VI',
      'FEB 2026', '0001', 'demo', '0008', 'RECEIVABLE'),
-    ('12000004', 'LEADWAY HEALTH', '1200', 0, 0, 'HMO', 'CLIENT', '121 IKORODU ROAD, ONIPANU',
+    ('12000004', 'LEAMORE HEALTH', '1200', 0, 0, 'HMO', 'CLIENT', '121 IKORODU ROAD, ONIPANU',
      'FEB 2026', '0001', 'demo', '0009', 'RECEIVABLE'),
-    ('12000005', 'FIRST BANK OF NIGERIA PLC', '1200', 0, 0, 'CORPORATE', 'CLIENT',
+    ('12000005', 'FIRSTLINE BANKING PLC', '1200', 0, 0, 'CORPORATE', 'CLIENT',
      '35 MARINA, LAGOS ISLAND', 'MAR 2026', '0001', 'demo', '0011', 'RECEIVABLE'),
     ('12900001', 'PROVISION FOR DOUBTFUL DEBTS', '1290', 0, 0, 'PROVISION', 'PROVISION', '',
      'JAN 2026', '0001', 'demo', '', ''),

@@ -49,7 +49,7 @@ protected:
     }
     VisitBill bill() const
     {
-        return {kToday, kPno, QStringLiteral("001000000077"), QStringLiteral("DANGOTE FLOUR MILLS"),
+        return {kToday, kPno, QStringLiteral("001000000077"), QStringLiteral("DANBURY FLOUR MILLS"),
                 QStringLiteral("DANG")};
     }
     std::unique_ptr<db::Connection> conn;
@@ -95,7 +95,7 @@ TEST_P(Billing, RegistrationLineCarriesEveryColumnOfItsKind)
     EXPECT_EQ(l.text(u"billType"), QStringLiteral("SERVICE"));
     EXPECT_TRUE(l.isNull(u"ConID"));
     EXPECT_EQ(l.text(u"Category"), QStringLiteral("REGISTRATION"));
-    EXPECT_EQ(l.text(u"CoyName"), QStringLiteral("DANGOTE FLOUR MILLS"));
+    EXPECT_EQ(l.text(u"CoyName"), QStringLiteral("DANBURY FLOUR MILLS"));
     EXPECT_EQ(l.text(u"billTo"), QStringLiteral("DANG"));
     EXPECT_FALSE(l.isNull(u"attendedto"));
     EXPECT_EQ(l.toInt(u"attendedto"), 0);

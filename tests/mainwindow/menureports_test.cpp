@@ -143,7 +143,7 @@ TEST_P(MenuReports, OnAdmissionListsStaysNotYetDischargedByName)
     EXPECT_EQ(v->document().caption, QString());
     EXPECT_EQ(column(v, QStringLiteral("Patient Name")),
               (QStringList{QStringLiteral("BELLO MUSA"), QStringLiteral("YUSUF AISHA")}));
-    EXPECT_EQ(column(v, QStringLiteral("Company")).last(), QStringLiteral("HYGEIA HMO"));
+    EXPECT_EQ(column(v, QStringLiteral("Company")).last(), QStringLiteral("HYLOVA HMO"));
     EXPECT_EQ(column(v, QStringLiteral("Stay Limit")),
               (QStringList{QString(), QStringLiteral("25/11/2026 2:10 PM")}));
 }
@@ -192,8 +192,8 @@ TEST_P(MenuReports, HmoEnrolleesAreCaptionedWithTheMonth)
     EXPECT_EQ(v->objectName(), QStringLiteral("rptHMOList"));
     EXPECT_EQ(v->windowTitle(), QStringLiteral("For the Month of November"));
     EXPECT_EQ(column(v, QStringLiteral("HMO / Scheme")),
-              (QStringList{QStringLiteral("HYGEIA HMO"),
-                           QStringLiteral("NATIONAL HEALTH INSURANCE SCHEME")}));
+              (QStringList{QStringLiteral("HYLOVA HMO"),
+                           QStringLiteral("FEDERAL STAFF HEALTH INSURANCE SCHEME")}));
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(MenuReports);

@@ -94,7 +94,7 @@ TEST_P(SmsCenterScreen, BirthdaysOfTheDay)
         header << m->headerData(c, Qt::Horizontal).toString().toLower();
     EXPECT_EQ(header, (QStringList{"sno", "fullname", "phone", "email", "company"}));
     EXPECT_EQ(m->index(0, 1).data().toString(), QStringLiteral("MR BELLO MUSA"));
-    EXPECT_EQ(m->index(0, 4).data().toString(), QStringLiteral("HYGEIA HMO"));
+    EXPECT_EQ(m->index(0, 4).data().toString(), QStringLiteral("HYLOVA HMO"));
 
     ws->exec(QStringLiteral("UPDATE hPatients SET DOB = NULL"));
     click(s.get(), "cmdBirthday");

@@ -45,7 +45,7 @@ TEST_P(PatientView, ShowsTheStoredRecord)
     const auto row = patients::readPatient(*c, QStringLiteral("001/000000005"));
     ASSERT_TRUE(row);
     EXPECT_EQ(row->text(u"FullName"), QStringLiteral("ÒKÉ Ngozi [Ada]"));
-    EXPECT_EQ(row->text(u"Client"), QStringLiteral("HYGEIA HMO"));
+    EXPECT_EQ(row->text(u"Client"), QStringLiteral("HYLOVA HMO"));
     EXPECT_EQ(row->text(u"BillingCat"), QStringLiteral("HMO"));
     EXPECT_EQ(row->text(u"patcat"), QStringLiteral("PRINCIPAL"));
     EXPECT_EQ(row->text(u"Marital"), QStringLiteral("MARRIED"));

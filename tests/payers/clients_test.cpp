@@ -175,10 +175,10 @@ TEST_P(Clients, EditWritesTheFieldsButNeitherCodeNorAccount)
     ASSERT_GE(row, 0);
     grid->selectRow(row);
     click(&screen, "cmdEdit");
-    EXPECT_EQ(child<QLineEdit>(&screen, "txtName")->text(), QStringLiteral("LEADWAY HEALTH"));
+    EXPECT_EQ(child<QLineEdit>(&screen, "txtName")->text(), QStringLiteral("LEAMORE HEALTH"));
     EXPECT_EQ(child<QComboBox>(&screen, "cboNum")->currentText(), QStringLiteral("31"));
     EXPECT_TRUE(child<QLineEdit>(&screen, "txtAcctNo")->isReadOnly());
-    child<QLineEdit>(&screen, "txtName")->setText(QStringLiteral("LEADWAY HEALTH [HMO] LTD"));
+    child<QLineEdit>(&screen, "txtName")->setText(QStringLiteral("LEAMORE HEALTH [HMO] LTD"));
     child<QComboBox>(&screen, "cboNum")->setCurrentText(QStringLiteral("25"));
     child<QLineEdit>(&screen, "txtCon")->setText(QStringLiteral("4000.50"));
     click(&screen, "OKButton");
@@ -186,12 +186,12 @@ TEST_P(Clients, EditWritesTheFieldsButNeitherCodeNorAccount)
     auto conn = ws->connect();
     const auto r = conn->queryOne(QStringLiteral("SELECT * FROM hRetainership WHERE retainID = ?"),
                                   {QStringLiteral("0009")});
-    EXPECT_EQ(r->text(u"retainName"), QStringLiteral("LEADWAY HEALTH  HMO  LTD"));
+    EXPECT_EQ(r->text(u"retainName"), QStringLiteral("LEAMORE HEALTH  HMO  LTD"));
     EXPECT_EQ(r->text(u"BillEndDate"), QStringLiteral("25"));
     EXPECT_DOUBLE_EQ(r->toDouble(u"ConAmount"), 4000.5);
     EXPECT_EQ(r->text(u"AcctID"), QStringLiteral("12000004"));
     EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM AuditTrail WHERE userAction = ?"),
-                    {QStringLiteral("Edit Client Info: LEADWAY HEALTH  HMO  LTD")}),
+                    {QStringLiteral("Edit Client Info: LEAMORE HEALTH  HMO  LTD")}),
               1);
 }
 
@@ -352,16 +352,16 @@ TEST_P(Clients, ThePickerTakesOneAccountOfTheGroupBackToTheCaller)
     EXPECT_EQ(picker.windowTitle(), QStringLiteral("Select an Account"));
     auto* list = child<QListWidget>(&picker, "LstDate");
     ASSERT_EQ(list->count(), 5);  // the receivables only, by name
-    EXPECT_EQ(list->item(0)->text(), QStringLiteral("DANGOTE FLOUR MILLS [12000001]"));
-    EXPECT_EQ(list->item(4)->text(), QStringLiteral("RELIANCE HMO [12000003]"));
+    EXPECT_EQ(list->item(0)->text(), QStringLiteral("DANBURY FLOUR MILLS [12000001]"));
+    EXPECT_EQ(list->item(4)->text(), QStringLiteral("RELMONT HMO [12000003]"));
     list->item(3)->setCheckState(Qt::Checked);
-    EXPECT_EQ(child<QLabel>(&picker, "lblShow")->text(), QStringLiteral("LEADWAY HEALTH"));
+    EXPECT_EQ(child<QLabel>(&picker, "lblShow")->text(), QStringLiteral("LEAMORE HEALTH"));
     list->item(1)->setCheckState(Qt::Checked);
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Only one Account at a time"));
     EXPECT_EQ(list->item(1)->checkState(), Qt::Unchecked);
     click(&picker, "cmdProcess");
     EXPECT_EQ(child<QLineEdit>(&caller, "txtAcctNo")->text(), QStringLiteral("12000004"));
-    EXPECT_EQ(child<QLineEdit>(&caller, "txtName")->text(), QStringLiteral("LEADWAY HEALTH"));
+    EXPECT_EQ(child<QLineEdit>(&caller, "txtName")->text(), QStringLiteral("LEAMORE HEALTH"));
 
     // Any other caller sees every account.
     frmRevAcctSelect all(desk->ctx, {{QStringLiteral("caller"), QStringLiteral("frmOther")}});
@@ -391,7 +391,7 @@ TEST_P(Clients, SchemeRowsAreThreePerHmoAndSavingTwiceDoesNotDoubleThem)
     }
     EXPECT_EQ(text(QStringLiteral("SELECT retainName FROM hRetainershipScheme WHERE retainID = "
                                   "'0002' AND clientCatID = 'FFS' AND ClientType = 'FFS'")),
-              QStringLiteral("DANGOTE FLOUR MILLS"));
+              QStringLiteral("DANBURY FLOUR MILLS"));
 }
 
 TEST_P(Clients, AreasAreAddedRenamedAndDeleted)

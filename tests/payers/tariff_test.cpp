@@ -20,11 +20,11 @@ namespace {
 
 using Param = std::tuple<db::Backend, int>;
 
-// Demo payers: 0004 HYGEIA HMO keeps a list of every kind; 0009 LEADWAY HEALTH and 0010
-// CLEARLINE HMO have none.
-const QString kHygeia = QStringLiteral("HYGEIA HMO [0004]");
-const QString kLeadway = QStringLiteral("LEADWAY HEALTH [0009]");
-const QString kClearline = QStringLiteral("CLEARLINE HMO [0010]");
+// Demo payers: 0004 HYLOVA HMO keeps a list of every kind; 0009 LEAMORE HEALTH and 0010
+// CLEMBROOK HMO have none.
+const QString kHylova = QStringLiteral("HYLOVA HMO [0004]");
+const QString kLeamore = QStringLiteral("LEAMORE HEALTH [0009]");
+const QString kClembrook = QStringLiteral("CLEMBROOK HMO [0010]");
 
 class Tariffs : public testing::TestWithParam<Param> {
 protected:
@@ -98,15 +98,15 @@ protected:
 TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
 {
     EXPECT_EQ(screen->windowTitle(), kind().title);
-    setTemplate(kLeadway, "YES");
+    setTemplate(kLeamore, "YES");
     EXPECT_EQ(label("lblTariff"), QStringLiteral("NONE"));
-    EXPECT_EQ(label("Label1"), QStringLiteral("LEADWAY HEALTH Tariff"));
+    EXPECT_EQ(label("Label1"), QStringLiteral("LEAMORE HEALTH Tariff"));
     EXPECT_FALSE(child<QWidget>(screen.get(), "fraUse")->isVisible());
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     ASSERT_EQ(desk->prompter.messages().size(), 2u);
     EXPECT_EQ(desk->prompter.messages()[0].text,
-              QStringLiteral("You are about to make bulk save of Drug items for LEADWAY HEALTH "
+              QStringLiteral("You are about to make bulk save of Drug items for LEAMORE HEALTH "
                              "Click YES to save items"));
     EXPECT_EQ(desk->prompter.messages()[0].title, QStringLiteral("bulk save"));
     EXPECT_EQ(desk->prompter.lastText(),
@@ -114,7 +114,7 @@ TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
     EXPECT_EQ(rows(QStringLiteral("0009")), masterItems());
     EXPECT_EQ(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), 0);
     EXPECT_EQ(ws->scalar(sql("SELECT count(*) FROM %1 WHERE Company = '0009' AND "
-                             "(tariffStatus <> 'FIXED' OR CoyName <> 'LEADWAY HEALTH' OR "
+                             "(tariffStatus <> 'FIXED' OR CoyName <> 'LEAMORE HEALTH' OR "
                              "Remarks <> 'HMO')"))
                   .toInt(),
               0);
@@ -127,14 +127,14 @@ TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
         QStringLiteral("0009:1"));
     EXPECT_EQ(label("lblTariff"), QStringLiteral("OWN TARIFF"));
     EXPECT_EQ(rowCount(grid()), masterItems());
-    EXPECT_EQ(audits(kind().addAudit + QStringLiteral("LEADWAY HEALTH"),
+    EXPECT_EQ(audits(kind().addAudit + QStringLiteral("LEAMORE HEALTH"),
                      QStringLiteral("New Tariff Entry")),
               1);
 }
 
 TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
 {
-    setTemplate(kClearline, "NO", kHygeia, "85");
+    setTemplate(kClembrook, "NO", kHylova, "85");
     EXPECT_TRUE(child<QWidget>(screen.get(), "fraUse")->isVisible());
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
@@ -146,10 +146,10 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
                                 {kind().type})
                          .toDouble(),
                      0.85);
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("85% of HYGEIA HMO"));
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("85% of HYLOVA HMO"));
 
     // A price edit on the source list reaches the follower at its factor.
-    choose("cboHMO", kHygeia);
+    choose("cboHMO", kHylova);
     grid()->selectRow(0);
     const QString item = cellText(grid(), 0, kind().viewItem);
     const QString untouched = cellText(grid(), 1, kind().viewItem);
@@ -187,10 +187,10 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
 
 TEST_P(Tariffs, ATypedCellPriceStaysWithItsRow)
 {
-    setTemplate(kClearline, "NO", kHygeia, "50");
+    setTemplate(kClembrook, "NO", kHylova, "50");
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
-    choose("cboHMO", kHygeia);
+    choose("cboHMO", kHylova);
     const QString item = cellText(grid(), 0, kind().viewItem);
     const qint64 sno = cellText(grid(), 0, QStringLiteral("SNO")).toLongLong();
     const double followerBefore = number("SELECT sum(Price) FROM %1 WHERE Company = '0010'");
@@ -215,9 +215,9 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
         std::function<void()> set;
     };
     const Step steps[] = {
-        {"Please specify Tariff Template Name", "cboHMO", [&] { setTemplate(kLeadway, "NO"); }},
+        {"Please specify Tariff Template Name", "cboHMO", [&] { setTemplate(kLeamore, "NO"); }},
         {"Please specify Tariff to use for this Template", "cboUse",
-         [&] { child<QComboBox>(screen.get(), "cboUse")->setCurrentText(kHygeia); }},
+         [&] { child<QComboBox>(screen.get(), "cboUse")->setCurrentText(kHylova); }},
         {"Please specify Percentage to use for this Template", "cboPCent",
          [&] {
              child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("8O"));
@@ -236,7 +236,7 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
     }
     // A source typed rather than chosen carries no code.
     child<QComboBox>(screen.get(), "cboUse")->setEditable(true);
-    child<QComboBox>(screen.get(), "cboUse")->setEditText(QStringLiteral("HYGEIA"));
+    child<QComboBox>(screen.get(), "cboUse")->setEditText(QStringLiteral("HYLOVA"));
     desk->prompter.clear();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(),
@@ -246,41 +246,41 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
 
 TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
 {
-    const int hygeia = rows(QStringLiteral("0004"));
+    const int hylova = rows(QStringLiteral("0004"));
     const double total = number("SELECT sum(Price) FROM %1 WHERE Company = '0004'");
 
-    setTemplate(kHygeia, "YES");
+    setTemplate(kHylova, "YES");
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Bulk entry already exists for HYGEIA HMO"));
+              QStringLiteral("Bulk entry already exists for HYLOVA HMO"));
 
     // Its own list at a percentage: the prices are scaled in place.
     desk->prompter.clear();
-    setTemplate(kHygeia, "NO", kHygeia, "110");
+    setTemplate(kHylova, "NO", kHylova, "110");
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.messages().front().text,
-              QStringLiteral("Are you sure to update the Price List for HYGEIA HMO?"));
+              QStringLiteral("Are you sure to update the Price List for HYLOVA HMO?"));
     EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("save"));
-    EXPECT_EQ(rows(QStringLiteral("0004")), hygeia);
+    EXPECT_EQ(rows(QStringLiteral("0004")), hylova);
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), total * 1.1, 0.01);
     EXPECT_EQ(
-        audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYGEIA HMO")),
+        audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYLOVA HMO")),
         1);
 
     // Deleting the existing list and copying another payer's at 50%.
-    setTemplate(kLeadway, "YES");
+    setTemplate(kLeamore, "YES");
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     desk->prompter.clear();
-    setTemplate(kLeadway, "NO", kHygeia, "50");
+    setTemplate(kLeamore, "NO", kHylova, "50");
     child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.messages().front().text,
               QStringLiteral("You are about to make bulk save of Drug items 'Deleting Existing "
-                             "Drug Tariff' for LEADWAY HEALTH Click YES to save items"));
-    EXPECT_EQ(rows(QStringLiteral("0009")), hygeia);
+                             "Drug Tariff' for LEAMORE HEALTH Click YES to save items"));
+    EXPECT_EQ(rows(QStringLiteral("0009")), hylova);
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), total * 1.1 * 0.5,
                 0.01);
     EXPECT_EQ(ws->scalar(QStringLiteral("SELECT count(*) FROM DrugNHISListEntered WHERE CoyID = "
@@ -288,16 +288,16 @@ TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
                          {kind().type})
                   .toInt(),
               1);
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("50% of HYGEIA HMO"));
+    EXPECT_EQ(label("lblTariff"), QStringLiteral("50% of HYLOVA HMO"));
     EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
-                         QStringLiteral("LEADWAY HEALTH"),
-                     QStringLiteral("Tariff Used:50% of HYGEIA HMO")),
+                         QStringLiteral("LEAMORE HEALTH"),
+                     QStringLiteral("Tariff Used:50% of HYLOVA HMO")),
               1);
 }
 
 TEST_P(Tariffs, DeletingAListThatIsNotThereIsHarmless)
 {
-    setTemplate(kLeadway, "YES");
+    setTemplate(kLeamore, "YES");
     child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
@@ -309,7 +309,7 @@ TEST_P(Tariffs, DeletingAListThatIsNotThereIsHarmless)
 
 TEST_P(Tariffs, ASingleItemIsAddedToAList)
 {
-    choose("cboHMO", kHygeia);
+    choose("cboHMO", kHylova);
     child<QCheckBox>(screen.get(), "chkAdd")->setChecked(true);
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Item Name"));
@@ -341,7 +341,7 @@ TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
     EXPECT_EQ(desk->prompter.lastText(),
               QStringLiteral("No Item to Edit. Select a Company Tariff to Display Items to Edit"));
 
-    choose("cboHMO", kHygeia);
+    choose("cboHMO", kHylova);
     const QString first = cellText(grid(), 0, kind().viewItem);
     const QString typed = first.left(4).toLower();
     QTest::keyClicks(child<QLineEdit>(screen.get(), "txtSearch"), typed);
@@ -356,7 +356,7 @@ TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
 
 TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
 {
-    choose("cboHMO", kHygeia);
+    choose("cboHMO", kHylova);
     grid()->selectRow(2);
     click(screen.get(), "cmdEdit");
     child<QComboBox>(screen.get(), "cboVal")->setCurrentIndex(-1);
@@ -386,7 +386,7 @@ TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
 
 TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
 {
-    // A trigger refuses the 100th row of LEADWAY's list: the copy fails in the middle.
+    // A trigger refuses the 100th row of LEAMORE's list: the copy fails in the middle.
     auto conn = ws->connect();
     if (ws->backend() == db::Backend::Sqlite) {
         conn->execScript(
@@ -407,12 +407,12 @@ TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
     }
     // First an own list of a few rows, then the copy that deletes it and fails.
     conn->exec(QStringLiteral("INSERT INTO %1 (%2, Price, Company, CoyName, Remarks) "
-                              "VALUES ('KEEP ME', 5, '0009', 'LEADWAY HEALTH', 'HMO')")
+                              "VALUES ('KEEP ME', 5, '0009', 'LEAMORE HEALTH', 'HMO')")
                    .arg(kind().table, kind().itemColumn));
     conn->exec(QStringLiteral("INSERT INTO DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
                               "Pcent) VALUES ('0009', ?, 'HMO', '0009', 1)"),
                {kind().type});
-    setTemplate(kLeadway, "NO", kHygeia, "85");
+    setTemplate(kLeamore, "NO", kHylova, "85");
     child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
@@ -426,8 +426,8 @@ TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
                   .toString(),
               QStringLiteral("0009"));
     EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
-                         QStringLiteral("LEADWAY HEALTH"),
-                     QStringLiteral("Tariff Used:85% of HYGEIA HMO")),
+                         QStringLiteral("LEAMORE HEALTH"),
+                     QStringLiteral("Tariff Used:85% of HYLOVA HMO")),
               0);
     // The screen stays as it was, ready to try again.
     EXPECT_TRUE(child<QCheckBox>(screen.get(), "chkDel")->isChecked());

@@ -28,7 +28,7 @@ TEST_P(RegistrationScreen, OpensLockedWithItsListsFilled)
     const QStringList payers = items(combo(&s, "cboPat"));
     ASSERT_GE(payers.size(), 8);
     EXPECT_EQ(payers.first(), QStringLiteral("(PRIVATE) [0001]"));
-    EXPECT_EQ(payers.at(1), QStringLiteral("AXA MANSARD HEALTH [0005]"));  // by name
+    EXPECT_EQ(payers.at(1), QStringLiteral("AXEL MANDRELL HEALTH [0005]"));  // by name
     EXPECT_TRUE(payers.contains(QStringLiteral("O'DEX & SONS (NIG) LTD [0007]")));
 
     const QStringList clinics = items(combo(&s, "cboClin"));
@@ -92,7 +92,7 @@ TEST_P(RegistrationScreen, PrivateThenAnotherPayerLeavesNoExpiryAndBlankCardFiel
     EXPECT_EQ(combo(&s, "cboCard")->currentText(), QStringLiteral("SINGLE"));
     EXPECT_EQ(dateBox(&s, "dtExpDate")->date(), QDate(2027, 11, 23));  // one year on
 
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     EXPECT_EQ(s.selectedRetainID(), QStringLiteral("0002"));
     EXPECT_TRUE(ui::isBlank(dateBox(&s, "dtExpDate")));
     for (const char* box : {"cboFile", "cboClient", "cboRef", "cboRefHmo", "cboCard"})
@@ -107,7 +107,7 @@ TEST_P(RegistrationScreen, InsuranceCategoriesOpenThePayersPlans)
 {
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("HYGEIA"));
+    pick(&s, "cboPat", QStringLiteral("HYLOVA"));
     EXPECT_EQ(items(combo(&s, "cboClient")), (QStringList{"HMO", "PHIS"}));
     pick(&s, "cboClient", QStringLiteral("HMO"));
     EXPECT_EQ(s.selectedClientCat(), QStringLiteral("HMO"));
@@ -120,7 +120,7 @@ TEST_P(RegistrationScreen, InsuranceCategoriesOpenThePayersPlans)
     EXPECT_EQ(combo(&s, "cboRef")->currentText(), QStringLiteral("YES"));
 
     // "Show All" offers every category; an insurance category with no plan offers NIL.
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     child<QCheckBox>(&s, "chkAll")->setChecked(true);
     EXPECT_EQ(combo(&s, "cboClient")->count(), 6);
     pick(&s, "cboClient", QStringLiteral("NHIS"));
@@ -132,7 +132,7 @@ TEST_P(RegistrationScreen, CompanyReferralLeavesFeeForServiceAlone)
 {
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboClient", QStringLiteral("CORPORATE"));
     EXPECT_EQ(s.selectedClientType(), QStringLiteral("COMPANY"));
     pick(&s, "cboRefHmo", QStringLiteral("YES"));
@@ -187,7 +187,7 @@ TEST_P(RegistrationScreen, NeonateCannotShowTheAdmissionClinicAndOtherMaturities
 {
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboClin", QStringLiteral("EYE CLINIC"));
     ASSERT_EQ(combo(&s, "cboClin")->currentText(), QStringLiteral("EYE CLINIC"));
     pick(&s, "cboMat", QStringLiteral("NEONATE"));
@@ -205,7 +205,7 @@ TEST_P(RegistrationScreen, PurposeShowsTheScreeningOrConsultationFee)
                             "('(CONSULTATION)')"));
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboPurpose", QStringLiteral("EXEC-SCREENING"));
     EXPECT_EQ(s.selectedPurpose(), QStringLiteral("SCREENING"));
     EXPECT_DOUBLE_EQ(s.screeningAmount(), 15000);
@@ -216,7 +216,7 @@ TEST_P(RegistrationScreen, PurposeShowsTheScreeningOrConsultationFee)
     EXPECT_DOUBLE_EQ(s.screeningAmount(), 0);
     EXPECT_DOUBLE_EQ(s.consultationAmount(), 2500);
 
-    pick(&s, "cboPat", QStringLiteral("AXA"));  // no screening fee on file: 0
+    pick(&s, "cboPat", QStringLiteral("AXEL"));  // no screening fee on file: 0
     pick(&s, "cboPurpose", QStringLiteral("SCREENING"));
     EXPECT_DOUBLE_EQ(s.screeningAmount(), 0);
     EXPECT_TRUE(desk->prompter.messages().empty());
@@ -226,7 +226,7 @@ TEST_P(RegistrationScreen, AppointmentNeedsAClinicThatHasDays)
 {
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboPurpose", QStringLiteral("APPOINTMENT"));
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Specify Clinic"));
     EXPECT_EQ(s.focusWidget(), combo(&s, "cboClin"));
@@ -331,7 +331,7 @@ TEST_P(RegistrationScreen, EditNeedsAPatientAndLoadsTheRowByItsRules)
     child<QTabWidget>(&s, "SSTab1")->setCurrentIndex(1);
     doubleClickRow(grid, 0);
     EXPECT_EQ(edit(&s, "txtSupp")->text(), p.pno);
-    EXPECT_EQ(combo(&s, "cboPat")->currentText(), QStringLiteral("DANGOTE FLOUR MILLS [0002]"));
+    EXPECT_EQ(combo(&s, "cboPat")->currentText(), QStringLiteral("DANBURY FLOUR MILLS [0002]"));
     EXPECT_EQ(combo(&s, "cboClient")->currentText(), QStringLiteral("CORPORATE"));
     EXPECT_EQ(combo(&s, "cboRef")->currentText(), QStringLiteral("NO"));
     EXPECT_EQ(combo(&s, "cboRefHmo")->currentText(), QStringLiteral("NO"));
@@ -381,7 +381,7 @@ TEST_P(RegistrationScreen, UntickingAttendanceHidesAndClearsTheVisitFields)
 {
     frmPatientsNew& s = open();
     click(&s, "cmdAdd");
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboClin", QStringLiteral("GENERAL"));
     pick(&s, "cboPurpose", QStringLiteral("REVIEW"));
     child<QCheckBox>(&s, "chkReg")->setChecked(false);

@@ -540,7 +540,7 @@ TEST_P(RegistrationSave, EditWithANewPayerAndAVisitKeepsHistoryAndNamesBothPayer
 
     editPatient(pno);
     frmPatientsNew& s = *screen;
-    pick(&s, "cboPat", QStringLiteral("DANGOTE"));
+    pick(&s, "cboPat", QStringLiteral("DANBURY"));
     pick(&s, "cboClient", QStringLiteral("CORPORATE"));
     pick(&s, "cboFile", QStringLiteral("ONE YEAR"));
     pick(&s, "cboCard", QStringLiteral("SINGLE"));
@@ -570,7 +570,7 @@ TEST_P(RegistrationSave, EditWithANewPayerAndAVisitKeepsHistoryAndNamesBothPayer
               1);
     EXPECT_TRUE(audits(pno).contains(
         QStringLiteral("Edit Reg: OKAFOR NGOZI:Changed Company from 0001:PRIVATE PATIENTS to "
-                       "DANGOTE FLOUR MILLS:0002")))
+                       "DANBURY FLOUR MILLS:0002")))
         << audits(pno).join(QStringLiteral(" | ")).toStdString();
 }
 
@@ -584,7 +584,7 @@ TEST_P(RegistrationSave, EditStoresABlankLimitAsTypedAndBillsAPendingCardRenewal
     editPatient(pno);
     patients::RegistrationForm f = screen->gatherForm();
     f.selectedRetainID = QStringLiteral("0004");
-    f.selectedCoyName = QStringLiteral("HYGEIA HMO");
+    f.selectedCoyName = QStringLiteral("HYLOVA HMO");
     f.selectedClientCat = QStringLiteral("HMO");
     f.enrolleeNo = QStringLiteral("HY/0042");
     f.admissionLimit.clear();
