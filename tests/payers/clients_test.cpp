@@ -5,6 +5,7 @@
 #include "support/workspace.h"
 
 #include "billing/frmrevacctselect.h"
+#include "core/command.h"
 #include "core/financialperiod.h"
 #include "core/sheetexport.h"
 #include "payers/frmareas.h"
@@ -236,6 +237,39 @@ TEST_P(Clients, ACompanyNameAlreadyOnTheListIsSavedAgainOnlyOnYes)
                                   "retainName = ?"),
                    {QStringLiteral("acme  nig  ltd")}),
               QStringLiteral("0017"));
+}
+
+TEST_P(Clients, ACodeAnotherDeskTookMeanwhileIsRefusedInWords)
+{
+    start();
+    // Another desk saves under the same code between this desk's count and its insert.
+    struct OtherDesk : db::StatementObserver {
+        const Workspace* ws = nullptr;
+        bool done = false;
+        void statement(const db::Connection&, const QString& sql, const db::Params& p) override
+        {
+            if (done || !sql.startsWith(QLatin1String("INSERT INTO hRetainership")))
+                return;
+            done = true;
+            ws->exec(QStringLiteral("INSERT INTO hRetainership (retainID, retainCode, "
+                                    "retainName) VALUES (?, ?, ?)"),
+                     {p.at(1), p.at(0), QStringLiteral("OTHER DESK")});
+        }
+    } other;
+    other.ws = ws.get();
+    db::observeStatements(&other);
+    std::optional<QString> refusal;
+    try {
+        Retainership(desk->ctx).add(fields(QStringLiteral("NEW CLIENT")));
+    } catch (const CheckFailed& refused) {
+        refusal = refused.message();
+    }
+    db::observeStatements(nullptr);
+    EXPECT_EQ(refusal, QStringLiteral("Another desk has just saved a company under code 0016. "
+                                      "Press Save again to take the next code."));
+    EXPECT_EQ(text(QStringLiteral("SELECT retainName FROM hRetainership WHERE retainID = ?"),
+                   {QStringLiteral("0016")}),
+              QStringLiteral("OTHER DESK"));
 }
 
 TEST_P(Clients, EditWritesTheFieldsButNeitherCodeNorAccount)
