@@ -49,8 +49,11 @@ std::optional<DoctorEntry> DoctorAllocation::leastLoaded(const QString& clinicID
 
 QString DoctorAllocation::waitListSql()
 {
-    return QStringLiteral("SELECT DISTINCT \"Date\", RoomNo, ClinicID, Doctor, NumOfPat, EmpID "
-                          "FROM vwDocWaitingListGrouped WHERE \"Date\" = ? ORDER BY Doctor");
+    // The grid shows the names as its captions: quoted, PostgreSQL keeps their case.
+    return QStringLiteral("SELECT DISTINCT \"Date\", RoomNo AS \"RoomNo\", "
+                          "ClinicID AS \"ClinicID\", Doctor AS \"Doctor\", "
+                          "NumOfPat AS \"NumOfPat\", EmpID AS \"EmpID\" "
+                          "FROM vwDocWaitingListGrouped WHERE \"Date\" = ? ORDER BY \"Doctor\"");
 }
 
 int DoctorAllocation::purgePastAssignments()

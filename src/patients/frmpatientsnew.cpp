@@ -349,12 +349,12 @@ void frmPatientsNew::buildKinAndAttendance(QWidget* column, QWidget* attendance)
     m_fraAttd = a.section(QStringLiteral("   Take Attendance/Appointment"),
                           QStringLiteral("fraAttd"));
     m_cboClin = a.combo(QStringLiteral("cboClin"), QStringLiteral("Clinic"));
-    m_cboPurpose = new QComboBox(column);
-    m_cboPurpose->setObjectName(QStringLiteral("cboPurpose"));
+    m_cboPurpose = a.combo(QStringLiteral("cboPurpose"), QStringLiteral("Purpose"));
+    // The fee of the purpose on a line of its own: beside the box it widened the column
+    // past the laptop's screen as soon as it was filled in.
     m_lblAmount = new QLabel(column);
-    m_lblAmount->setObjectName(QStringLiteral("lblAmount"));
-    a.field(pair(column, m_cboPurpose, m_lblAmount), QStringLiteral("rowPurpose"),
-            QStringLiteral("Purpose"));
+    m_lblAmount->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    a.field(m_lblAmount, QStringLiteral("lblAmount"), QStringLiteral("Fee"));
     m_cboDoc = a.combo(QStringLiteral("cboDoc"), QStringLiteral("Doctor"));
     m_dtNext = a.optionalDate(QStringLiteral("dtNext"), QStringLiteral("Ref/Appt Date"));
     m_dtRefTime = new QTimeEdit(column);

@@ -24,10 +24,6 @@ using namespace tolmar::test;
 
 namespace {
 
-// The client area of a maximised main window on a 1366 x 768 display, under its title bar
-// and above the task bar.
-const QSize kDeskLaptop(1366, 698);
-
 // Grids that must show at least this many rows without scrolling.
 struct TallGrid {
     const char* screen;
@@ -78,11 +74,7 @@ protected:
     // the main window), every caption whole, every button and grid in sight.
     void checkFits(QWidget* screen, const QString& shot = QString())
     {
-        // TOLMAR_SCREENSHOTS names a folder: each screen checked is saved there as seen.
-        const QString folder = qEnvironmentVariable("TOLMAR_SCREENSHOTS");
-        if (!folder.isEmpty())
-            window->grab().save(QStringLiteral("%1/%2%3.png")
-                                    .arg(folder, screen->objectName(), shot));
+        saveScreenshot(window.get(), screen->objectName() + shot);
         QWidget* box = screen;
         QRect room = window->frameGeometry();
         if (auto* sub = qobject_cast<QMdiSubWindow*>(screen->parentWidget())) {

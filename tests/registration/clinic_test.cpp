@@ -220,6 +220,11 @@ TEST_P(ClinicChoice, TheQueueShowsTodayAndPurgesPastAssignments)
     EXPECT_EQ(grid->model()->index(0, 4).data().toInt(), 2);
     EXPECT_EQ(grid->model()->index(1, 4).data().toInt(), 0);
     EXPECT_TRUE(grid->isColumnHidden(5));
+    // The captions read the same on both backends.
+    QStringList captions;
+    for (int c = 0; c < 5; ++c)
+        captions << grid->model()->headerData(c, Qt::Horizontal).toString();
+    EXPECT_EQ(captions, (QStringList{"Date", "RoomNo", "ClinicID", "Doctor", "NumOfPat"}));
     EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hConRoomAssign")).toInt(), 1);
 
     doubleClickRow(grid, 1);

@@ -23,13 +23,26 @@ protected:
     frmPatientsNew* newPatient(const QString& surname = QStringLiteral("ADEBAYO"))
     {
         if (!window)
-            open();
+            openDesk();
         action(QStringLiteral("mnuNreg"))->trigger();
         auto* s = qobject_cast<frmPatientsNew*>(desk->ctx.screens().find("frmPatientsNew"));
         EXPECT_NE(s, nullptr);
         if (s)
             fillNewPrivate(s, surname);
         return s;
+    }
+    // The main window as a front desk's laptop shows it.
+    void openDesk()
+    {
+        open();
+        window->resize(kDeskLaptop);
+    }
+    // The screen's own Close, and the pause a person's next click gives the frame to let
+    // the screen go.
+    void closeScreen(QWidget* s)
+    {
+        click(s, "CancelButton");
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     // "ANC FEE" on the strip, one item ticked, its Save pressed.
     void pickInstantFee(const QString& item)
@@ -61,7 +74,8 @@ protected:
     // The main window's own lblDebt; the registration screen has one by the same name.
     QLabel* debtPanel() const
     {
-        return child<QFrame>(QStringLiteral("Frame1"))->findChild<QLabel*>(QStringLiteral("lblDebt"));
+        auto* clock = child<QFrame>(QStringLiteral("Frame1"));
+        return clock->findChild<QLabel*>(QStringLiteral("lblDebt"));
     }
 };
 
@@ -79,6 +93,7 @@ TEST_P(FrontDesk, InstantFeePickedOnTheStripIsBilledOnceByTheSaveThatCommits)
         ASSERT_NE(s, nullptr);
         pickInstantFee(QStringLiteral("MEDICAL REPORT"));
         EXPECT_TRUE(desk->prompter.saw(QStringLiteral("Item will be added to Bill")));
+        saveScreenshot(window.get(), QStringLiteral("road-fee-picked"));
         if (c.firstSaveFails) {
             refuseTimelineRows(*ws, true);
             save(s);
@@ -108,7 +123,7 @@ TEST_P(FrontDesk, SavedPatientsBalanceFlashesOnTheMainWindowUntilTheDeskMovesOn)
 {
     // The old patient comes back the same day.
     restartWith(QStringLiteral("LockMultipleAttendnace"), QStringLiteral("NO"));
-    open();
+    openDesk();
     QTimer* flash = timer(QStringLiteral("Timer2"));
     struct Case {
         const char* what;
@@ -148,10 +163,12 @@ TEST_P(FrontDesk, SavedPatientsBalanceFlashesOnTheMainWindowUntilTheDeskMovesOn)
             QTest::mouseDClick(s->findChild<QLabel*>(QStringLiteral("lblDebt")), Qt::LeftButton);
         }
         save(s);
-        EXPECT_EQ(debtPanel()->text(), c.shown) << desk->prompter.informs().join(" / ").toStdString();
+        saveScreenshot(window.get(), QStringLiteral("road-saved-%1").arg(&c - cases.data()));
+        EXPECT_EQ(debtPanel()->text(), c.shown)
+            << desk->prompter.informs().join(QStringLiteral(" / ")).toStdString();
         EXPECT_EQ(flash->isActive(), c.shown != QLatin1String("Debt:"));
         // Closing the screen quiets the panel.
-        s->close();
+        closeScreen(s);
         EXPECT_EQ(debtPanel()->text(), QStringLiteral("Debt:"));
         EXPECT_FALSE(flash->isActive());
     }
@@ -174,6 +191,7 @@ TEST_P(FrontDesk, AppointmentIsRefusedWithoutItsDateAndQueuedWithIt)
 
     const QDate day = today().addDays(1);
     dateBox(s, "dtNext")->setDate(day);
+    saveScreenshot(window.get(), QStringLiteral("road-appointment"));
     save(s);
     EXPECT_EQ(ws->scalar(QStringLiteral("SELECT ApptDate FROM happointment")).toDate(), day);
     const QString sms =

@@ -3,8 +3,10 @@
 
 #include <QAbstractItemModel>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDateEdit>
 #include <QLineEdit>
+#include <QPixmap>
 #include <QPushButton>
 #include <QString>
 #include <QStringList>
@@ -15,6 +17,21 @@
 #include <gtest/gtest.h>
 
 namespace tolmar::test {
+
+// The client area of a maximised main window on a 1366 x 768 display, under its title bar
+// and above the task bar: what a front desk's laptop gives the program.
+inline const QSize kDeskLaptop(1366, 698);
+
+// With TOLMAR_SCREENSHOTS naming a folder, saves the window as a person would see it now
+// (name.png), so a run of the tests leaves the pictures to look at.
+inline void saveScreenshot(QWidget* window, const QString& name)
+{
+    const QString folder = qEnvironmentVariable("TOLMAR_SCREENSHOTS");
+    if (folder.isEmpty())
+        return;
+    QCoreApplication::processEvents();  // the layouts settle as they would before a person looks
+    window->grab().save(QStringLiteral("%1/%2.png").arg(folder, name));
+}
 
 template <typename T>
 T* child(QWidget* w, const char* name)
