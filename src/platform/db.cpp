@@ -401,15 +401,9 @@ void Connection::restoreLink()
         QSqlQuery ping(QSqlDatabase::database(m_name, false));
         if (ping.exec(QStringLiteral("SELECT 1")))
             return;
+        m_linkLost = true;
     }
-    // Statements prepared on the old link are gone with it.
-    m_cache->statements.clear();
-    {
-        QSqlDatabase d = QSqlDatabase::database(m_name, false);
-        if (d.isValid())
-            d.close();
-    }
-    QSqlDatabase::removeDatabase(m_name);
+    dropLink();
     m_linkLost = false;
     m_sawError = false;
     try {
@@ -424,7 +418,15 @@ Connection::Connection(const ServerConfig& config, Database db)
     : m_config(config), m_db(db), m_name(nextConnectionName()),
       m_linkFailuresSeen(g_linkFailures.load()), m_cache(std::make_unique<Cache>())
 {
-    open();
+    try {
+        open();
+    } catch (...) {
+        // No destructor runs for a connection that never opened: unregister it here, or
+        // every failed attempt while the server is down would stay registered.
+        m_linkLost = true;
+        dropLink();
+        throw;
+    }
 }
 
 void Connection::open()
@@ -467,13 +469,22 @@ Connection::~Connection()
         if (d.isOpen())
             d.rollback();
     }
-    m_cache.reset();
+    dropLink();
+}
+
+void Connection::dropLink()
+{
+    // Statements are freed on the server while the link stands; on a lost link the driver
+    // goes first, or each of them would try the dead link and complain on stderr.
+    if (!m_linkLost)
+        m_cache->statements.clear();
     {
         QSqlDatabase d = QSqlDatabase::database(m_name, false);
         if (d.isValid())
             d.close();
     }
     QSqlDatabase::removeDatabase(m_name);
+    m_cache->statements.clear();
 }
 
 void Connection::openSqlite()

@@ -206,6 +206,7 @@ private:
     void openSqlite();
     void openPostgres();
     void openLocal(const QString& path, bool create);
+    void dropLink();
     // Before a statement outside a transaction: reconnects when this connection lost its
     // link, and when another connection of the process lost its link since this one last
     // answered, asks the server once whether this one still stands. A healthy desk pays
