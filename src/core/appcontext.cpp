@@ -100,7 +100,8 @@ void AppContext::refreshServerClock()
     if (auto fixed = m_clock->serverNow()) {
         now = *fixed;
     } else {
-        const QVariant v = db().scalar(QStringLiteral("select sysDT from qrySysDateTime"));
+        const QVariant v = db::retryOnLostLink(
+            [this] { return db().scalar(QStringLiteral("select sysDT from qrySysDateTime")); });
         now = db::variantDateTime(v);
     }
     if (!now.isValid())

@@ -52,7 +52,6 @@ public:
     // The connection identifier draws run on: its own, kept for the run, never inside a
     // transaction, so a draw commits at once whatever the desk's save is doing.
     db::Connection& drawConnection();
-    void resetDrawConnection() { m_draws.reset(); }
     // Drops the shared connections (after a failure the next use reconnects).
     void resetConnections();
 
@@ -65,6 +64,10 @@ public:
     // Ends the process with a status (a fatal condition met by a screen). The default
     // leaves every event loop, so the program's entry returns the status.
     std::function<void(int)> endProcess;
+
+    // Set once a timer has told the desk that the server cannot be reached, so the other
+    // ticks of the same outage stay quiet; a tick that goes through clears it.
+    bool outageTold = false;
 
 private:
     QString m_home;

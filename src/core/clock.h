@@ -28,7 +28,11 @@ public:
     {
         return m_workstation.isValid() ? m_workstation : m_server;
     }
-    std::optional<QDateTime> serverNow() const override { return m_server; }
+    // An invalid time leaves the server's own clock in charge.
+    std::optional<QDateTime> serverNow() const override
+    {
+        return m_server.isValid() ? std::optional(m_server) : std::nullopt;
+    }
 
 private:
     QDateTime m_server;

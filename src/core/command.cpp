@@ -26,11 +26,17 @@ FatalCondition::FatalCondition(QString message, int exitCode, QString title, Ico
 
 QString describeError(const std::exception& e)
 {
-    if (const auto* d = dynamic_cast<const db::DbError*>(&e))
-        return d->description();
-    if (const auto* c = dynamic_cast<const CheckFailed*>(&e))
-        return c->message();
-    return QString::fromLocal8Bit(e.what());
+    QString text;
+    if (const auto* d = dynamic_cast<const db::DbError*>(&e)) {
+        text = d->description();
+        if (d->linkLost())
+            return kServerUnreachableText + QStringLiteral("\n\n") + text;
+    } else if (const auto* c = dynamic_cast<const CheckFailed*>(&e)) {
+        text = c->message();
+    } else {
+        text = QString::fromLocal8Bit(e.what());
+    }
+    return text.trimmed().isEmpty() ? kNoReasonText : text;
 }
 
 void focusControl(QWidget* screen, const QString& name)
@@ -91,6 +97,26 @@ bool runCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& c
         prompter.inform(describeError(e), title, Icon::Critical);
     }
     return false;
+}
+
+bool runTimerCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& tick)
+{
+    bool quiet = false;
+    const bool ran = runCommand(screen, ctx, [&] {
+        try {
+            tick();
+        } catch (const db::DbError& e) {
+            if (!e.linkLost() || !ctx.outageTold) {
+                ctx.outageTold = ctx.outageTold || e.linkLost();
+                throw;
+            }
+            quiet = true;
+            qWarning("%s", qPrintable(describeError(e)));
+        }
+    });
+    if (ran && !quiet)
+        ctx.outageTold = false;
+    return ran && !quiet;
 }
 
 }  // namespace tolmar

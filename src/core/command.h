@@ -19,6 +19,14 @@ namespace tolmar {
 
 class AppContext;
 
+// What the desk reads first when the database server cannot be reached; the driver's own
+// text follows it.
+inline const QString kServerUnreachableText =
+    QStringLiteral("The database server cannot be reached. Nothing was saved.");
+// Shown for a failure that came without any text of its own.
+inline const QString kNoReasonText =
+    QStringLiteral("The command could not be completed, and no reason was given.");
+
 class CheckFailed : public std::runtime_error {
 public:
     CheckFailed(QString message, QString focus = QString(), QString title = QString(),
@@ -63,11 +71,16 @@ bool runCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& c
 // on, with its control to focus; every other failure passes through unchanged.
 void refuseDuplicate(const CheckFailed& refusal, const std::function<void()>& write);
 
+// One tick of a screen's timer, run as runCommand runs a command, except that an outage of
+// the server is told once (see AppContext::outageTold): a box at every tick would bury the
+// desk. The ticks go on and the first that gets through ends the outage.
+bool runTimerCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& tick);
+
 // Shows a message that comes just before the process ends, and writes it to stderr as
 // well: a script, or a desk whose display has gone, must still learn why.
 void reportFatal(Prompter& prompter, const QString& message, const QString& title, Icon icon);
 
-// The description a user sees for any exception.
+// The description a user sees for any exception; never empty.
 QString describeError(const std::exception& e);
 
 // Gives the focus to the child of `screen` with this object name (and its tab page).

@@ -36,15 +36,10 @@ QString drawIdentifier(db::Connection& conn, const QString& destName)
 QString getIDNo(AppContext& ctx, const QString& destName)
 {
     ctx.session().lastIdentifier.clear();
-    QString value;
-    try {
-        value = drawIdentifier(ctx.drawConnection(), destName);
-    } catch (const db::DbError&) {
-        // A server restart or a dropped link leaves the kept connection dead: reconnect
-        // once. The statement either ran whole or not at all, so no number is lost twice.
-        ctx.resetDrawConnection();
-        value = drawIdentifier(ctx.drawConnection(), destName);
-    }
+    // The statement either ran whole or not at all, so a second try never hands out a
+    // number twice.
+    const QString value =
+        db::retryOnLostLink([&] { return drawIdentifier(ctx.drawConnection(), destName); });
     ctx.session().lastIdentifier = value;
     return value;
 }

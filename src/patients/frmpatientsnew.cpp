@@ -752,7 +752,7 @@ void frmPatientsNew::fillGrid()
 
 void frmPatientsNew::getDocWaitList()
 {
-    runCommand(this, m_ctx, [this] {
+    runTimerCommand(this, m_ctx, [this] {
         const QDate today = m_ctx.session().serverDate;
         QAbstractItemModel* old = m_grdDoc->model();
         m_grdDoc->setModel(m_ctx.db().gridModel(clinical::DoctorAllocation::waitListSql(),

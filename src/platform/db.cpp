@@ -15,6 +15,8 @@
 #include <QSqlRecord>
 #include <QTime>
 
+#include <atomic>
+
 namespace tolmar::db {
 
 namespace {
@@ -153,6 +155,45 @@ bool DbError::isUniqueViolation() const
     // of constraint, and only its text tells a unique key from a NOT NULL or a CHECK.
     return m_nativeCode == QLatin1String("23505") ||
            m_description.contains(QLatin1String("UNIQUE constraint failed"));
+}
+
+bool DbError::linkLost() const { return isLinkFailure(m_nativeCode, m_description); }
+
+bool isLinkFailure(const QString& sqlState, const QString& text)
+{
+    if (sqlState.startsWith(QLatin1String("08")) || sqlState == QLatin1String("57P01") ||
+        sqlState == QLatin1String("57P02") || sqlState == QLatin1String("57P03"))
+        return true;
+    // What libpq and Qt say when there is no SQLSTATE to go by: no server answered, or the
+    // one that did went away. Texts of a refused login (a wrong password, an unknown
+    // database) are not among them: the desk must read those as they are.
+    static const char* const kTexts[] = {
+        "server closed the connection",
+        "terminating connection due to administrator command",
+        "the database system is shutting down",
+        "the database system is starting up",
+        "the database system is not yet accepting connections",
+        "the database system is in recovery mode",
+        "could not connect to server",
+        "connection refused",
+        "connection reset by peer",
+        "connection timed out",
+        "timeout expired",
+        "no route to host",
+        "network is unreachable",
+        "could not translate host name",
+        "no connection to the server",
+        "could not send data to server",
+        "could not receive data from server",
+        "ssl syscall error",
+        "ssl connection has been closed unexpectedly",
+        "lost synchronization with server",
+        "database not open",
+    };
+    for (const char* t : kTexts)
+        if (text.contains(QLatin1String(t), Qt::CaseInsensitive))
+            return true;
+    return false;
 }
 
 // ---------------------------------------------------------------------------------------
@@ -304,6 +345,13 @@ struct Connection::Cache {
 namespace {
 constexpr int kMaxCachedStatements = 128;
 
+// Link failures seen anywhere in the process: each kept connection compares the count with
+// the one it last answered at, and checks itself once when it moved.
+std::atomic<quint64> g_linkFailures{0};
+
+// Qt refuses a statement on a closed connection without setting any error text.
+const QString kNotOpenText = QStringLiteral("database not open");
+
 QString errorText(const QSqlError& e)
 {
     QString t = e.databaseText().trimmed();
@@ -313,10 +361,75 @@ QString errorText(const QSqlError& e)
         t = e.text().trimmed();
     return t;
 }
+
+// A driver that gives no text still gets one: nobody can act on an empty message.
+DbError toDbError(const QSqlError& e, const QString& sql, const QSqlDatabase& d)
+{
+    QString text = errorText(e);
+    if (text.isEmpty())
+        text = d.isOpen() ? QStringLiteral("The database driver failed without giving a reason")
+                          : kNotOpenText;
+    DbError err(text, sql, e.nativeErrorCode());
+    if (err.linkLost())
+        ++g_linkFailures;
+    return err;
+}
 }  // namespace
 
+DbError Connection::failure(const QSqlError& e, const QString& sql)
+{
+    m_sawError = true;
+    DbError err = toDbError(e, sql, QSqlDatabase::database(m_name, false));
+    if (err.linkLost()) {
+        m_linkLost = true;
+        m_linkFailuresSeen = g_linkFailures.load();
+    }
+    return err;
+}
+
+void Connection::restoreLink()
+{
+    if (m_local || m_txDepth > 0)
+        return;
+    const quint64 failures = g_linkFailures.load(std::memory_order_relaxed);
+    if (!m_linkLost && m_linkFailuresSeen == failures)
+        return;
+    m_linkFailuresSeen = failures;
+    if (!m_linkLost) {
+        if (m_config.backend == Backend::Sqlite)
+            return;
+        QSqlQuery ping(QSqlDatabase::database(m_name, false));
+        if (ping.exec(QStringLiteral("SELECT 1")))
+            return;
+        m_linkLost = true;
+    }
+    dropLink();
+    m_linkLost = false;
+    m_sawError = false;
+    try {
+        open();
+    } catch (...) {
+        m_linkLost = true;
+        throw;
+    }
+}
+
 Connection::Connection(const ServerConfig& config, Database db)
-    : m_config(config), m_db(db), m_name(nextConnectionName()), m_cache(std::make_unique<Cache>())
+    : m_config(config), m_db(db), m_name(nextConnectionName()),
+      m_linkFailuresSeen(g_linkFailures.load()), m_cache(std::make_unique<Cache>())
+{
+    try {
+        open();
+    } catch (...) {
+        // No destructor runs for a connection that never opened: unregister it here, or
+        // every failed attempt while the server is down would stay registered.
+        m_linkLost = true;
+        dropLink();
+        throw;
+    }
+}
+
+void Connection::open()
 {
     if (m_config.backend == Backend::Sqlite)
         openSqlite();
@@ -356,13 +469,22 @@ Connection::~Connection()
         if (d.isOpen())
             d.rollback();
     }
-    m_cache.reset();
+    dropLink();
+}
+
+void Connection::dropLink()
+{
+    // Statements are freed on the server while the link stands; on a lost link the driver
+    // goes first, or each of them would try the dead link and complain on stderr.
+    if (!m_linkLost)
+        m_cache->statements.clear();
     {
         QSqlDatabase d = QSqlDatabase::database(m_name, false);
         if (d.isValid())
             d.close();
     }
     QSqlDatabase::removeDatabase(m_name);
+    m_cache->statements.clear();
 }
 
 void Connection::openSqlite()
@@ -412,8 +534,11 @@ void Connection::openPostgres()
         password = kSuitePassword;
     d.setPassword(password);
     d.setConnectOptions(QStringLiteral("connect_timeout=10;application_name=tolmar-records"));
-    if (!d.open())
-        throw DbError(QStringLiteral("%1 (%2)").arg(errorText(d.lastError()), m_config.describe()));
+    if (!d.open()) {
+        const DbError e = failure(d.lastError(), QString());
+        throw DbError(QStringLiteral("%1 (%2)").arg(e.description(), m_config.describe()),
+                      QString(), e.nativeCode());
+    }
     execScript(QStringLiteral("SET search_path TO ") + pgSearchPath(m_db));
 }
 
@@ -431,6 +556,7 @@ QString pgSearchPath(Database db)
 
 std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& params)
 {
+    restoreLink();
     // A statement that runs a thousand times is parsed once; the cache is bounded because
     // some callers compose statements of varying length (IN lists, multi-row inserts).
     if (!m_cache->statements.contains(sql) &&
@@ -442,10 +568,9 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         slot->setForwardOnly(true);
         slot->setNumericalPrecisionPolicy(QSql::LowPrecisionDouble);
         if (!slot->prepare(sql)) {
-            const QSqlError e = slot->lastError();
+            const QSqlError err = slot->lastError();
             m_cache->statements.remove(sql);
-            m_sawError = true;
-            throw DbError(errorText(e), sql, e.nativeErrorCode());
+            throw failure(err, sql);
         }
     }
     std::shared_ptr<QSqlQuery> q = slot;
@@ -456,12 +581,11 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         t_observer->statement(*this, sql, Params(bound.begin(), bound.end()));
     }
     if (!q->exec()) {
-        const QSqlError e = q->lastError();
+        const QSqlError err = q->lastError();
         q->finish();
         // A connection that broke mid-way must not keep a statement prepared on it.
         m_cache->statements.remove(sql);
-        m_sawError = true;
-        throw DbError(errorText(e), sql, e.nativeErrorCode());
+        throw failure(err, sql);
     }
     return q;
 }
@@ -518,15 +642,14 @@ int Connection::exec(const QString& sql, const Params& params)
 
 void Connection::execScript(const QString& sql)
 {
+    restoreLink();
     QSqlDatabase d = QSqlDatabase::database(m_name, false);
     for (const QString& stmt : splitSqlStatements(sql)) {
         if (t_observer)
             t_observer->statement(*this, stmt, {});
         QSqlQuery q(d);
-        if (!q.exec(stmt)) {
-            m_sawError = true;
-            throw DbError(errorText(q.lastError()), stmt);
-        }
+        if (!q.exec(stmt))
+            throw failure(q.lastError(), stmt);
     }
 }
 
@@ -540,8 +663,12 @@ void Connection::tuneForBulkLoad()
 
 void Connection::begin()
 {
-    if (m_txDepth++ > 0)
+    if (m_txDepth > 0) {
+        ++m_txDepth;
         throw DbError(QStringLiteral("A transaction is already open on this connection"));
+    }
+    restoreLink();
+    m_txDepth = 1;
     try {
         execScript(m_config.backend == Backend::Sqlite ? QStringLiteral("BEGIN IMMEDIATE")
                                                        : QStringLiteral("BEGIN"));
@@ -553,8 +680,15 @@ void Connection::begin()
 
 void Connection::commit()
 {
+    // Still inside the transaction while COMMIT runs, so that a lost link is not restored
+    // first: COMMIT on a new connection would report success for work that is gone.
+    try {
+        execScript(QStringLiteral("COMMIT"));
+    } catch (...) {
+        m_txDepth = 0;
+        throw;
+    }
     m_txDepth = 0;
-    execScript(QStringLiteral("COMMIT"));
 }
 
 void Connection::rollback()
@@ -617,15 +751,15 @@ QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& para
     QSqlDatabase d = QSqlDatabase::database(own ? own->m_name : m_name, false);
     QSqlQuery q(d);
     if (!q.prepare(sql))
-        throw DbError(errorText(q.lastError()), sql);
+        throw toDbError(q.lastError(), sql, d);
     for (int i = 0; i < int(params.size()); ++i)
         q.bindValue(i, bindable(params[size_t(i)]));
     if (!q.exec())
-        throw DbError(errorText(q.lastError()), sql);
+        throw toDbError(q.lastError(), sql, d);
     auto* model = new GridModel(std::move(own), parent);
     model->setQuery(std::move(q));
     if (model->lastError().isValid())
-        throw DbError(errorText(model->lastError()), sql);
+        throw toDbError(model->lastError(), sql, d);
     return model;
 }
 

@@ -16,6 +16,7 @@
 #include <vector>
 
 class QAbstractItemModel;
+class QSqlError;
 class QSqlQuery;
 class QObject;
 
@@ -53,7 +54,7 @@ struct ServerConfig {
     QString describe() const;  // for messages; never contains the password
 };
 
-// A failed statement or connection. description() is what a user is shown.
+// A failed statement or connection. description() is the driver's own text, never empty.
 class DbError : public std::runtime_error {
 public:
     DbError(const QString& description, const QString& statement = QString(),
@@ -64,12 +65,36 @@ public:
     const QString& nativeCode() const { return m_nativeCode; }
     // A row would have repeated a value that a primary or unique key holds already.
     bool isUniqueViolation() const;
+    // The server could not be reached or dropped the connection (see isLinkFailure): the
+    // statement is not at fault, and the same command may go through once the server is back.
+    bool linkLost() const;
 
 private:
     QString m_description;
     QString m_statement;
     QString m_nativeCode;
 };
+
+// Runs `f` once more when it failed for a lost link. The failure itself marked the
+// connection, which reconnects for the second run: this is how the first statement on a kept
+// connection gets through after a server restart that nobody saw. Only for work that does no
+// harm when done twice (a read; a draw, which at worst skips a number).
+template <typename F>
+auto retryOnLostLink(F&& f) -> decltype(f())
+{
+    try {
+        return f();
+    } catch (const DbError& e) {
+        if (!e.linkLost())
+            throw;
+    }
+    return f();
+}
+
+// Whether an error is about the link to the server rather than the statement: SQLSTATE
+// class 08, the server shutting down, restarting or ending the session (57P01-57P03), or
+// one of the driver's own texts for a server that is not there. sqlState may be empty.
+bool isLinkFailure(const QString& sqlState, const QString& text);
 
 // Column names of a result, looked up without regard to case (PostgreSQL folds unquoted
 // names to lower case, SQLite keeps them as declared).
@@ -177,9 +202,19 @@ private:
     void rollback();
     // Prepares (once) and executes a statement with its values bound.
     std::shared_ptr<QSqlQuery> run(const QString& sql, const Params& params);
+    void open();
     void openSqlite();
     void openPostgres();
     void openLocal(const QString& path, bool create);
+    void dropLink();
+    // Before a statement outside a transaction: reconnects when this connection lost its
+    // link, and when another connection of the process lost its link since this one last
+    // answered, asks the server once whether this one still stands. A healthy desk pays
+    // nothing here.
+    void restoreLink();
+    // The error to throw for a failed statement; a link failure marks this connection for
+    // reconnecting and tells the others to check theirs.
+    DbError failure(const QSqlError& e, const QString& sql);
     struct LocalTag {};
     Connection(LocalTag, const QString& path, bool create);
     struct Cache;
@@ -189,6 +224,8 @@ private:
     int m_txDepth = 0;
     bool m_local = false;
     bool m_sawError = false;
+    bool m_linkLost = false;
+    quint64 m_linkFailuresSeen = 0;
     std::unique_ptr<Cache> m_cache;
 };
 

@@ -9,6 +9,8 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include <functional>
+
 using namespace tolmar;
 using namespace tolmar::test;
 
@@ -63,4 +65,47 @@ TEST(Command, DatabaseErrorShowsItsOwnDescriptionAndRollsBack)
                   .toInt(),
               0);
     EXPECT_TRUE(desk.endedWith.empty());
+}
+
+TEST(Command, NoFailureReadsAsAnEmptyBoxAndALostServerSaysSoFirst)
+{
+    Workspace ws(db::Backend::Sqlite);
+    Desk desk(ws);
+    const QString driver = QStringLiteral("FATAL:  terminating connection due to administrator "
+                                          "command\n(57P01)");
+    const std::vector<std::pair<std::function<void()>, QString>> cases{
+        {[&] { throw db::DbError(driver, QString(), QStringLiteral("57P01")); },
+         kServerUnreachableText + QStringLiteral("\n\n") + driver},
+        {[] { throw db::DbError(QString()); }, kNoReasonText},
+        {[] { throw std::runtime_error(" "); }, kNoReasonText},
+        {[] { throw db::DbError(QStringLiteral("duplicate key")); }, QStringLiteral("duplicate key")},
+    };
+    for (const auto& [fail, shown] : cases) {
+        EXPECT_FALSE(runCommand(nullptr, desk.ctx, fail));
+        EXPECT_EQ(desk.prompter.lastText(), shown);
+    }
+}
+
+TEST(Command, TimerTellsAnOutageOnceUntilATickGetsThroughAndOtherFailuresEveryTime)
+{
+    Workspace ws(db::Backend::Sqlite);
+    Desk desk(ws);
+    const db::DbError lost(QStringLiteral("server closed the connection unexpectedly"));
+    const db::DbError refused(QStringLiteral("relation \"hreferal\" does not exist"));
+    const std::pair<const db::DbError*, bool> ticks[] = {
+        {&lost, true},     {&lost, false}, {&refused, true}, {&lost, false},
+        {nullptr, false},  {&lost, true},
+    };
+    for (size_t i = 0; i < std::size(ticks); ++i) {
+        const auto [thrown, boxed] = ticks[i];
+        const size_t before = desk.prompter.messages().size();
+        EXPECT_EQ(runTimerCommand(nullptr, desk.ctx,
+                                  [thrown] {
+                                      if (thrown)
+                                          throw *thrown;
+                                  }),
+                  thrown == nullptr)
+            << "tick " << i;
+        EXPECT_EQ(desk.prompter.messages().size() - before, boxed ? 1u : 0u) << "tick " << i;
+    }
 }

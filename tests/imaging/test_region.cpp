@@ -4,10 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <random>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tolmar::imaging;
 
@@ -252,6 +259,50 @@ TEST(RegionFile, DataThatIsNotARegionGivesNoRegion)
     std::remove(path.c_str());
     EXPECT_FALSE(sel.LoadFromFile(tempFile("missing.rgn")));
     EXPECT_TRUE(sel.IsEmptyRegion());
+}
+
+TEST(RegionFile, OnlyARegularFileWithinTheSizeLimitIsRead)
+{
+    namespace fs = std::filesystem;
+    const fs::path dir = fs::temp_directory_path() / "tolmar_region_kinds";
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    const std::vector<uint8_t> good = le({32, 1, 1, 16, 0, 0, 5, 5, 0, 0, 5, 5});
+    // Sparse: the zeros after the region cost no disk, and trailing data is ignored.
+    const auto padded = [&good](std::uintmax_t size) {
+        return [&good, size](const fs::path& p) {
+            writeBytes(p.string(), good);
+            fs::resize_file(p, size);
+        };
+    };
+    struct Case
+    {
+        const char* name;
+        std::function<void(const fs::path&)> make;
+        bool loads;
+    };
+    const Case cases[] = {
+        {"folder", [](const fs::path& p) { fs::create_directory(p); }, false},
+        {"fifo", [](const fs::path& p) { ASSERT_EQ(::mkfifo(p.c_str(), 0600), 0); }, false},
+        {"at_limit", padded(cBitRegion::kMaxFileBytes), true},
+        {"over_limit", padded(cBitRegion::kMaxFileBytes + 1), false},
+    };
+    for (const Case& c : cases) {
+        const fs::path path = dir / c.name;
+        c.make(path);
+        cBitRegion sel;
+        sel.Init(0, 0, 10, 10);
+        sel.CreateRect(0, 0, 3, 3, 2, false);
+        auto loaded = std::async(std::launch::async, [&] { return sel.LoadFromFile(path); });
+        if (loaded.wait_for(std::chrono::seconds(10)) == std::future_status::timeout) {
+            // A loader that opened the FIFO waits for a writer: give it one so the test ends.
+            ::close(::open(path.c_str(), O_WRONLY | O_NONBLOCK));
+            ADD_FAILURE() << c.name << ": the loader blocked";
+        }
+        EXPECT_EQ(loaded.get(), c.loads) << c.name;
+        EXPECT_EQ(sel.IsEmptyRegion(), !c.loads) << c.name;
+    }
+    fs::remove_all(dir);
 }
 
 TEST(Zoom, EachRectangleScalesWithTiesToEven)

@@ -5,9 +5,11 @@
 
 #include "core/command.h"
 #include "core/idgen.h"
+#include "core/mditolmar.h"
 #include "patients/registrationsave.h"
 
 #include <QCheckBox>
+#include <QTimer>
 
 #include <functional>
 
@@ -505,6 +507,85 @@ TEST_P(RegistrationSave, ConnectionCutMidSaveLeavesNothingAndTheNextSaveGoesThro
               QStringLiteral("SECOND"));
 }
 
+// A server stopped and started again under one running desk: every connection the desk
+// keeps (the shared ones behind the server clock and the timers, the draws', the idle ones)
+// must come back by itself.
+class ServerRestart : public RegistrationSave {
+protected:
+    void SetUp() override
+    {
+        if (GetParam() != db::Backend::Postgres)
+            GTEST_SKIP() << "only a database server can be stopped under a running desk";
+        server = ScratchServer::create();
+        if (!server)
+            GTEST_SKIP() << "PostgreSQL's programs are not installed";
+        ws = std::make_unique<Workspace>(server->address());
+        desk = std::make_unique<Desk>(*ws, QDateTime());  // the server's own clock
+    }
+    void TearDown() override
+    {
+        RegistrationSave::TearDown();
+        ws.reset();
+        server.reset();
+    }
+    std::unique_ptr<ScratchServer> server;
+};
+
+TEST_P(ServerRestart, SaveDuringTheOutageLeavesNothingAndTheFirstSaveAfterItGoesThrough)
+{
+    fillNewPrivate(QStringLiteral("FIRST"));
+    MdiTolmar window(desk->ctx);
+    window.load();
+    auto* waitList = screen->findChild<QTimer*>(QStringLiteral("Timer1"));
+    ASSERT_NE(waitList, nullptr);
+    save();
+    ASSERT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
+    const QString first = newestPNo();
+    const qint64 patients = counter(kSeriesPatientNo);
+    const qint64 visits = counter(kSeriesConsultID);
+    Session& session = desk->ctx.session();
+    const auto tickAll = [&] {
+        window.timer1Tick();
+        window.timer3Tick();
+        QMetaObject::invokeMethod(waitList, "timeout");
+    };
+
+    fillNewPrivate(QStringLiteral("SECOND"));
+    server->stop();
+    save();
+    EXPECT_TRUE(desk->prompter.lastText().startsWith(kServerUnreachableText + "\n\n"))
+        << desk->prompter.lastText().toStdString();
+    // Two minutes of every timer: one box at most among them all.
+    const size_t boxes = desk->prompter.messages().size();
+    session.newWorkFlag = true;
+    tickAll();
+    tickAll();
+    EXPECT_LE(desk->prompter.messages().size(), boxes + 1);
+    EXPECT_TRUE(session.newWorkFlag);  // the main window's watch did not get through
+
+    server->start();
+    save();  // the same screen, pressed again
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT psurname FROM hPatients WHERE PNo > ?"), {first})
+                  .toString(),
+              QStringLiteral("SECOND"));
+    for (const char* table : {"hPatients", "hRecords", "hPatientsTimeline"})
+        EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM %1").arg(QLatin1String(table)))
+                      .toInt(),
+                  2)
+            << table;
+    EXPECT_EQ(counter(kSeriesPatientNo), patients + 1);
+    EXPECT_EQ(counter(kSeriesConsultID), visits + 1);
+    // The timers are back at work, and quiet.
+    const size_t settled = desk->prompter.messages().size();
+    tickAll();
+    EXPECT_FALSE(session.newWorkFlag);
+    EXPECT_FALSE(desk->ctx.outageTold);
+    EXPECT_EQ(desk->prompter.messages().size(), settled);
+    for (const auto& m : desk->prompter.messages())
+        EXPECT_FALSE(m.text.trimmed().isEmpty());
+}
+
 // ---------------------------------------------------------------------------------------
 // Edit
 
@@ -668,3 +749,4 @@ TEST_P(RegistrationSave, DependantInheritsThePayerAndADependantCannotHaveDependa
 }  // namespace
 
 TOLMAR_INSTANTIATE_BACKENDS(RegistrationSave);
+TOLMAR_INSTANTIATE_BACKENDS(ServerRestart);

@@ -7,9 +7,17 @@
 #include <QDir>
 #include <QFile>
 #include <QDirIterator>
+#include <QProcess>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <pwd.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace tolmar::test {
 
@@ -23,14 +31,25 @@ QString readResource(const QString& path)
     return QString::fromUtf8(f.readAll());
 }
 
-void fillDemoData(db::SchemaMigrator& m)
+// The five databases of a new installation with the demo data, at `config`.
+void buildDatabases(const db::ServerConfig& config)
 {
+    db::SchemaMigrator m(config);
+    m.createDatabases();
+    m.migrate();
     QDir demo(QStringLiteral(":/db/demo"));
     for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name))
         m.runScript(readResource(demo.filePath(f)));
 }
 
 QString pgServer() { return qEnvironmentVariable("TOLMAR_TEST_PG"); }
+
+std::unique_ptr<db::Connection> maintenance(const QString& server)
+{
+    return std::make_unique<db::Connection>(
+        db::ServerConfig::fromServerName(server + QStringLiteral("/postgres")),
+        db::Database::Hospital);
+}
 
 // One migrated copy per process and backend; each test copies it, which is far quicker
 // than migrating again.
@@ -45,10 +64,8 @@ struct Templates {
         if (pgTemplate.isEmpty())
             return;
         try {
-            auto c = db::ServerConfig::fromServerName(pgServer() + QStringLiteral("/postgres"));
-            db::Connection admin(c, db::Database::Hospital);
-            admin.execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + pgTemplate +
-                             QStringLiteral(" WITH (FORCE)"));
+            maintenance(pgServer())->execScript(QStringLiteral("DROP DATABASE IF EXISTS ") +
+                                                pgTemplate + QStringLiteral(" WITH (FORCE)"));
         } catch (...) {
         }
         pgTemplate.clear();
@@ -58,12 +75,8 @@ struct Templates {
     {
         std::call_once(sqliteOnce, [this] {
             sqliteDir = std::make_unique<QTemporaryDir>();
-            auto config = db::ServerConfig::fromServerName(QStringLiteral("sqlite:") +
-                                                           sqliteDir->path());
-            db::SchemaMigrator m(config);
-            m.createDatabases();
-            m.migrate();
-            fillDemoData(m);
+            buildDatabases(db::ServerConfig::fromServerName(QStringLiteral("sqlite:") +
+                                                            sqliteDir->path()));
         });
         return sqliteDir->path();
     }
@@ -73,17 +86,8 @@ struct Templates {
         std::call_once(pgOnce, [this] {
             const QString name =
                 QStringLiteral("tolmar_tmpl_%1").arg(QCoreApplication::applicationPid());
-            auto config = db::ServerConfig::fromServerName(pgServer() + QLatin1Char('/') + name);
-            {
-                db::Connection admin(
-                    db::ServerConfig::fromServerName(pgServer() + QStringLiteral("/postgres")),
-                    db::Database::Hospital);
-                admin.execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + name);
-            }
-            db::SchemaMigrator m(config);
-            m.createDatabases();
-            m.migrate();
-            fillDemoData(m);
+            maintenance(pgServer())->execScript(QStringLiteral("DROP DATABASE IF EXISTS ") + name);
+            buildDatabases(db::ServerConfig::fromServerName(pgServer() + QLatin1Char('/') + name));
             pgTemplate = name;
         });
         return pgTemplate;
@@ -130,16 +134,24 @@ Workspace::Workspace(db::Backend backend)
         m_serverName = QStringLiteral("sqlite:") + data;
     } else {
         const QString tmpl = templates().postgresTemplate();
+        m_pgServer = pgServer();
         m_pgDatabase = QStringLiteral("tolmar_t_%1_%2")
                            .arg(QCoreApplication::applicationPid())
                            .arg(templates().counter.fetch_add(1));
-        db::Connection admin(
-            db::ServerConfig::fromServerName(pgServer() + QStringLiteral("/postgres")),
-            db::Database::Hospital);
-        admin.execScript(QStringLiteral("CREATE DATABASE %1 TEMPLATE %2").arg(m_pgDatabase, tmpl));
-        m_serverName = pgServer() + QLatin1Char('/') + m_pgDatabase;
+        maintenance(m_pgServer)->execScript(
+            QStringLiteral("CREATE DATABASE %1 TEMPLATE %2").arg(m_pgDatabase, tmpl));
+        m_serverName = m_pgServer + QLatin1Char('/') + m_pgDatabase;
     }
     m_server = db::ServerConfig::fromServerName(m_serverName);
+}
+
+Workspace::Workspace(const QString& pgServer)
+    : m_serverName(pgServer + QStringLiteral("/tolmar_own")), m_pgServer(pgServer),
+      m_pgDatabase(QStringLiteral("tolmar_own"))
+{
+    QDir(m_home.path()).mkpath(QStringLiteral("Reports"));
+    m_server = db::ServerConfig::fromServerName(m_serverName);
+    buildDatabases(m_server);
 }
 
 Workspace::~Workspace()
@@ -147,12 +159,103 @@ Workspace::~Workspace()
     if (m_pgDatabase.isEmpty())
         return;
     try {
-        db::Connection admin(
-            db::ServerConfig::fromServerName(pgServer() + QStringLiteral("/postgres")),
-            db::Database::Hospital);
-        admin.execScript(QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_pgDatabase));
+        maintenance(m_pgServer)->execScript(
+            QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_pgDatabase));
     } catch (...) {
     }
+}
+
+// ---------------------------------------------------------------------------------------
+
+namespace {
+
+// A port nobody listens on now: the one the system gives a socket bound to port 0.
+int freePort()
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    int port = 0;
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0 &&
+        ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len) == 0)
+        port = ntohs(a.sin_port);
+    ::close(fd);
+    return port;
+}
+
+}  // namespace
+
+std::unique_ptr<ScratchServer> ScratchServer::create()
+{
+    QStringList bins = QDir(QStringLiteral("/usr/lib/postgresql"))
+                           .entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    std::sort(bins.begin(), bins.end(),
+              [](const QString& a, const QString& b) { return a.toInt() < b.toInt(); });
+    if (bins.isEmpty())
+        return nullptr;
+    std::unique_ptr<ScratchServer> s(new ScratchServer);
+    s->m_bin = QStringLiteral("/usr/lib/postgresql/%1/bin/").arg(bins.last());
+    if (::geteuid() == 0) {
+        const passwd* pg = ::getpwnam("postgres");
+        if (!pg || ::chown(QFile::encodeName(s->m_dir.path()).constData(), pg->pw_uid,
+                           pg->pw_gid) != 0)
+            throw std::runtime_error("cannot hand the scratch server's folder to postgres");
+    }
+    s->m_port = freePort();
+    s->run(QStringLiteral("initdb"),
+           {QStringLiteral("-D"), s->m_dir.filePath(QStringLiteral("data")), QStringLiteral("-A"),
+            QStringLiteral("trust"), QStringLiteral("-U"), QStringLiteral("postgres"),
+            QStringLiteral("-E"), QStringLiteral("UTF8"), QStringLiteral("--locale=C.UTF-8"),
+            QStringLiteral("--no-sync")});
+    s->start();
+    return s;
+}
+
+ScratchServer::~ScratchServer()
+{
+    try {
+        run(QStringLiteral("pg_ctl"), {QStringLiteral("-D"), m_dir.filePath(QStringLiteral("data")),
+                                       QStringLiteral("-m"), QStringLiteral("immediate"),
+                                       QStringLiteral("stop")});
+    } catch (...) {
+    }
+}
+
+void ScratchServer::start()
+{
+    run(QStringLiteral("pg_ctl"),
+        {QStringLiteral("-D"), m_dir.filePath(QStringLiteral("data")), QStringLiteral("-l"),
+         m_dir.filePath(QStringLiteral("server.log")), QStringLiteral("-w"), QStringLiteral("-o"),
+         QStringLiteral("-p %1 -k %2 -c listen_addresses=127.0.0.1 -c fsync=off "
+                        "-c synchronous_commit=off -c full_page_writes=off")
+             .arg(m_port)
+             .arg(m_dir.path()),
+         QStringLiteral("start")});
+}
+
+void ScratchServer::stop()
+{
+    run(QStringLiteral("pg_ctl"), {QStringLiteral("-D"), m_dir.filePath(QStringLiteral("data")),
+                                   QStringLiteral("-m"), QStringLiteral("fast"),
+                                   QStringLiteral("-w"), QStringLiteral("stop")});
+}
+
+void ScratchServer::run(const QString& program, const QStringList& args) const
+{
+    QStringList command{m_bin + program};
+    command << args;
+    if (::geteuid() == 0)
+        command = QStringList{QStringLiteral("-u"), QStringLiteral("postgres"),
+                              QStringLiteral("--")} + command;
+    QProcess p;
+    p.setProcessChannelMode(QProcess::MergedChannels);
+    p.start(::geteuid() == 0 ? QStringLiteral("runuser") : command.takeFirst(), command);
+    if (!p.waitForFinished(120000) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0)
+        throw std::runtime_error((program + QStringLiteral(" failed: ") +
+                                  QString::fromLocal8Bit(p.readAll()))
+                                     .toStdString());
 }
 
 void Workspace::writeFile(const QString& name, const QStringList& lines)

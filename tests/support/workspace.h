@@ -26,6 +26,9 @@ void dropTemplates();
 class Workspace {
 public:
     explicit Workspace(db::Backend backend);
+    // Databases of their own on the PostgreSQL server at `pgServer` (host:port), made from
+    // nothing rather than from the process's template.
+    explicit Workspace(const QString& pgServer);
     ~Workspace();
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
@@ -55,7 +58,29 @@ private:
     QTemporaryDir m_home;
     db::ServerConfig m_server;
     QString m_serverName;
+    QString m_pgServer;
     QString m_pgDatabase;
+};
+
+// A PostgreSQL server of one test's own, for a test that stops and starts it: made by initdb
+// in a temporary folder, on a free port of 127.0.0.1, and gone with the object. Runs the
+// server's programs as `postgres` when the tests run as root.
+class ScratchServer {
+public:
+    // nullptr when PostgreSQL's programs are not installed.
+    static std::unique_ptr<ScratchServer> create();
+    ~ScratchServer();
+    QString address() const { return QStringLiteral("127.0.0.1:%1").arg(m_port); }
+    // As an administrator stops it: every session is ended, and none is accepted.
+    void stop();
+    void start();
+
+private:
+    ScratchServer() = default;
+    void run(const QString& program, const QStringList& args) const;
+    QString m_bin;
+    QTemporaryDir m_dir;
+    int m_port = 0;
 };
 
 // A desk at work on a workspace: the context with a scripted person and a fixed clock.

@@ -3,8 +3,8 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace tolmar::imaging {
 
@@ -25,6 +25,29 @@ int32_t getLe32(const uint8_t* p)
     const uint32_t u = uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16
                      | uint32_t(p[3]) << 24;
     return static_cast<int32_t>(u);
+}
+
+// Only a regular file is opened: a folder fails in the middle of the read, and a FIFO or a
+// device would block on open or feed memory without end. The read stops one byte past the
+// limit, so a file that grew after the size check is refused too.
+bool readRegionFile(const std::string& fileName, std::vector<uint8_t>& bytes)
+{
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(fileName, ec) || ec)
+        return false;
+    const std::uintmax_t size = std::filesystem::file_size(fileName, ec);
+    if (ec || size > cBitRegion::kMaxFileBytes)
+        return false;
+    std::ifstream f(fileName, std::ios::binary);
+    if (!f)
+        return false;
+    bytes.resize(static_cast<std::size_t>(size) + 1);
+    // istream::read turns a failing read into the stream state instead of an exception.
+    f.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(bytes.size()));
+    if (f.bad() || static_cast<std::uintmax_t>(f.gcount()) > cBitRegion::kMaxFileBytes)
+        return false;
+    bytes.resize(static_cast<std::size_t>(f.gcount()));
+    return true;
 }
 
 } // namespace
@@ -260,14 +283,12 @@ bool cBitRegion::SaveToFile(const std::string& fileName) const
 
 bool cBitRegion::LoadFromFile(const std::string& fileName)
 {
-    std::ifstream f(fileName, std::ios::binary);
-    if (!f) {
+    std::vector<uint8_t> bytes;
+    if (!readRegionFile(fileName, bytes)) {
         m_main.reset();
         refresh();
         return false;
     }
-    const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(f)),
-                                     std::istreambuf_iterator<char>());
     return LoadFromBytes(bytes);
 }
 

@@ -20,6 +20,9 @@ public:
     static constexpr int32_t kHeaderInts = 8;
     static constexpr int32_t kHeaderBytes = kHeaderInts * 4;
     static constexpr int32_t kRectanglesType = 1;
+    // A million rectangles: far more bands and pieces than any selection drawn on a picture
+    // this program opens; a larger file is not region data of ours.
+    static constexpr std::uintmax_t kMaxFileBytes = 16u << 20;
 
     cBitRegion();
 
@@ -50,7 +53,8 @@ public:
     bool PtInRegion(int32_t x, int32_t y) const { return m_main && m_main->contains(x, y); }
 
     bool SaveToFile(const std::string& fileName) const;
-    // False, leaving no main region, when the file is missing or is not region data.
+    // False, leaving no main region, when the file is missing, is not a regular file, is
+    // larger than kMaxFileBytes or is not region data.
     bool LoadFromFile(const std::string& fileName);
     bool LoadFromBytes(std::span<const uint8_t> bytes);
 
