@@ -18,8 +18,6 @@ using namespace tolmar;
 using namespace tolmar::billing;
 using namespace tolmar::test;
 
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
-
 namespace {
 
 const QDate kToday(2026, 11, 23);

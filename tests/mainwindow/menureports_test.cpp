@@ -192,8 +192,8 @@ TEST_P(MenuReports, HmoEnrolleesAreCaptionedWithTheMonth)
     EXPECT_EQ(v->objectName(), QStringLiteral("rptHMOList"));
     EXPECT_EQ(v->windowTitle(), QStringLiteral("For the Month of November"));
     EXPECT_EQ(column(v, QStringLiteral("HMO / Scheme")),
-              (QStringList{QStringLiteral("HYLOVA HMO"),
-                           QStringLiteral("FEDERAL STAFF HEALTH INSURANCE SCHEME")}));
+              (QStringList{QStringLiteral("FEDERAL STAFF HEALTH INSURANCE SCHEME"),
+                           QStringLiteral("HYLOVA HMO")}));
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(MenuReports);

@@ -91,5 +91,3 @@ private:
 
 }  // namespace tolmar::test
 
-// Readable failures for texts.
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }

@@ -87,3 +87,6 @@ protected:
 #define TOLMAR_INSTANTIATE_BACKENDS(Suite)                                               \
     INSTANTIATE_TEST_SUITE_P(Db, Suite, testing::ValuesIn(::tolmar::test::backends()),   \
                              ::tolmar::test::backendName)
+
+// Readable failures for texts.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
