@@ -37,17 +37,6 @@ struct PatientSeed {
 
 class RegistrationTest : public BackendTest {
 protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
-    void TearDown() override
-    {
-        screen.reset();
-        desk.reset();
-        BackendTest::TearDown();
-    }
     // Starts the desk and opens the screen; defaults set before this call take effect.
     frmPatientsNew& open()
     {
@@ -82,7 +71,6 @@ protected:
         screen->editVal(pno);
         click(screen.get(), "cmdEdit");
     }
-    std::unique_ptr<Desk> desk;
     std::unique_ptr<frmPatientsNew> screen;
 
 private:
