@@ -16,7 +16,8 @@ QString debtCaption(double balance)
            fmt::money(std::abs(balance));
 }
 
-DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const QString& pno)
+DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const QString& pno,
+                                      double opening)
 {
     Session& s = ctx.session();
     const auto latest = c.queryOne(
@@ -26,7 +27,9 @@ DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const 
         {pno});
     DebtOutcome out;
     // Only the private client's bills carry a balance over; a company settles its own.
-    if (latest && latest->text(u"ClientID") == s.defaults.PRIVATE)
+    if (!latest)
+        out.balance = opening;
+    else if (latest->text(u"ClientID") == s.defaults.PRIVATE)
         out.balance = latest->toDouble(u"Balance");
     c.exec(QStringLiteral("UPDATE hPatients SET isRev = 1, DebtBF = ?, Debt = ? WHERE PNo = ?"),
            {out.balance, out.balance, pno});

@@ -26,8 +26,10 @@ QString debtCaption(double balance);
 
 // Reads the latest bill (highest ID) of the patient, keeps its balance when its client is
 // the PRIVATE default, writes isRev, DebtBF and Debt on hPatients (also when 0), and sets
-// the session's balance and debt flag. The screen that called it shows the outcome on
-// the main window (billing/debtdisplay.h).
-DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const QString& pno);
+// the session's balance and debt flag. A patient with no bill at all owes `opening`: the
+// debt carried over at registration. The screen that called it shows the outcome on the
+// main window (billing/debtdisplay.h).
+DebtOutcome ComputeDebtBroughtForward(AppContext& ctx, db::Connection& c, const QString& pno,
+                                      double opening = 0);
 
 }  // namespace tolmar::billing

@@ -18,6 +18,7 @@ MdiTolmar* mainWindow(AppContext& ctx)
 
 void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome)
 {
+    ctx.session().currentBalance = outcome.balance;
     ctx.session().debtShown = outcome.shown();
     MdiTolmar* main = mainWindow(ctx);
     if (!main)
@@ -28,10 +29,12 @@ void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome)
         main->showDebt(outcome.caption);
 }
 
-void clearDebtDisplay(AppContext& ctx)
+void clearDebtDisplay(AppContext& ctx) { showDebtOnMainWindow(ctx, DebtOutcome{}); }
+
+DebtOutcome lastDebt(const AppContext& ctx)
 {
-    ctx.session().currentBalance = 0;
-    showDebtOnMainWindow(ctx, DebtOutcome{});
+    const double balance = ctx.session().currentBalance;
+    return {balance, debtCaption(balance)};
 }
 
 }  // namespace tolmar::billing

@@ -14,5 +14,7 @@ namespace tolmar::billing {
 void showDebtOnMainWindow(AppContext& ctx, const DebtOutcome& outcome);
 // Clearing a desk screen drops the balance: session to 0, flag off, panel quiet.
 void clearDebtDisplay(AppContext& ctx);
+// The balance the debt routine last left in the session, as the panel would show it.
+DebtOutcome lastDebt(const AppContext& ctx);
 
 }  // namespace tolmar::billing

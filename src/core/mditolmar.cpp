@@ -571,11 +571,7 @@ void MdiTolmar::timer2Tick()
         setForeground(m_lblDebt, kWhite);
         return;
     }
-    // The flag has gone: panel and label rest in light blue, the text with them.
-    setBackground(m_picture1, kLightBlue);
-    setBackground(m_lblDebt, kLightBlue);
-    setForeground(m_lblDebt, kLightBlue);
-    m_timer2->stop();
+    quietDebt();
 }
 
 void MdiTolmar::togglePicture1()
@@ -585,8 +581,7 @@ void MdiTolmar::togglePicture1()
     if (s.debtShown) {
         m_timer2->start();
     } else {
-        setBackground(m_picture1, kLightBlue);
-        m_timer2->stop();
+        quietDebt();
     }
 }
 
@@ -600,11 +595,18 @@ void MdiTolmar::showDebt(const QString& caption)
 void MdiTolmar::clearDebt()
 {
     m_ctx.session().debtShown = false;
-    m_lblDebt->setText(QStringLiteral("0"));
-    setBackground(m_picture1, kLightBlue);
-    setBackground(m_lblDebt, kLightBlue);
-    setForeground(m_lblDebt, kLightBlue);
+    m_lblDebt->setText(QStringLiteral("Debt:"));
+    quietDebt();
+}
+
+void MdiTolmar::quietDebt()
+{
+    // At rest the panel looks as it did when the window opened: a blue strip and the
+    // caption readable on the clock's own panel, never a bar painted over in one colour.
     m_timer2->stop();
+    m_debtPhase = false;
+    setBackground(m_picture1, kLightBlue);
+    restoreColours(m_lblDebt);
 }
 
 bool MdiTolmar::eventFilter(QObject* watched, QEvent* event)

@@ -76,6 +76,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // Stops the debt flash and puts panel and caption back in their resting colours.
+    void quietDebt();
     void buildMenus();
     void buildStrip();
     void buildTimers();

@@ -25,7 +25,7 @@ bool showPatientNote(AppContext& ctx, const QString& pno)
 {
     if (patientNote(ctx, pno).isEmpty())
         return false;
-    return ctx.screens().openModal(QStringLiteral("frmCommentsPMH"),
+    return ctx.screens().openModal(QStringLiteral("frmPatientANCInfo"),
                                    {{QStringLiteral("PNo"), pno}});
 }
 

@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace tolmar {
@@ -46,15 +48,26 @@ void versionGate(AppContext& ctx)
         {s.loginRole});
     if (!row)
         return;
-    const qint64 minVer = row->toLongLong(u"MinVer");
+    // MinVer is a 16-bit whole number: a fraction goes to the nearest one, a tie to the
+    // even one (the rule of every floating-point result here), and nothing beyond 16 bits
+    // is a version; a wrapped value would let an old program in.
+    const QString title =
+        QStringLiteral("Old Version %1.%2 Not Allowed").arg(kVersionMajor).arg(kVersionRevision);
+    const double rounded = std::nearbyint(row->toDouble(u"MinVer"));
+    if (rounded > std::numeric_limits<qint16>::max() ||
+        rounded < std::numeric_limits<qint16>::min())
+        throw FatalCondition(
+            QStringLiteral("%1 Module cannot check its version: MinVer %2 in Roles is not a "
+                           "version number (0 to 32767).")
+                .arg(s.loginRole, row->text(u"MinVer")),
+            kExitOldVersion, title, Icon::Critical);
+    const qint16 minVer = qint16(rounded);
     if (minVer > kVersionMajor) {
         throw FatalCondition(
             QStringLiteral("%1 Module is OLD!\r\nOnly Versions %2 and Above are Allowed")
                 .arg(s.loginRole)
                 .arg(minVer),
-            kExitOldVersion,
-            QStringLiteral("Old Version %1.%2 Not Allowed").arg(kVersionMajor).arg(kVersionRevision),
-            Icon::Critical);
+            kExitOldVersion, title, Icon::Critical);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "core/sheetexport.h"
 #include "core/ui/formbuilder.h"
 #include "messaging/smscenter.h"
+#include "payers/gridcells.h"
 
 #include <QAbstractItemModel>
 #include <QComboBox>
@@ -227,12 +228,32 @@ void frmBirthday::sendToSmsCenter()
         m.sendDate = m_date->date();
         m.sendTime = m_time->time();
         m.text = m_message->toPlainText();
-        const int sent = SmsCenter(m_ctx).send(m);
+        const int sent = SmsCenter(m_ctx).send(m, shownRecipients());
         m_ctx.prompter().inform(QStringLiteral("%1 Record successfully Sent to SMS Center").arg(sent),
                                 windowTitle());
         showInGrid(m_grid, m_gridTitle, QStringLiteral("Saved Special Messages"),
                    SmsCenter(m_ctx).savedSpecials(this));
     });
+}
+
+std::vector<SmsCenter::Recipient> frmBirthday::shownRecipients() const
+{
+    QAbstractItemModel* grid = m_recipients->model();
+    while (grid->canFetchMore({}))
+        grid->fetchMore({});
+    auto column = [grid](const char* caption) {
+        return grid::columnOf(grid, QString::fromLatin1(caption));
+    };
+    const int name = column("FullName"), salutation = column("FullName2"),
+              phone = column("PhoneNo"), code = column("SNo");
+    auto cell = [grid](int row, int col) {
+        return col < 0 ? QString() : grid->index(row, col).data(Qt::EditRole).toString();
+    };
+    std::vector<SmsCenter::Recipient> out;
+    out.reserve(size_t(grid->rowCount()));
+    for (int r = 0; r < grid->rowCount(); ++r)
+        out.push_back({cell(r, name), cell(r, salutation), cell(r, phone), cell(r, code)});
+    return out;
 }
 
 void frmBirthday::countCharacters()

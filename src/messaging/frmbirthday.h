@@ -2,8 +2,12 @@
 // "SMS Center": birthdays of the day, the state of today's messages and the credit left,
 // and special messages sent to a whole group of patients.
 
+#include "messaging/smscenter.h"
+
 #include <QVariantMap>
 #include <QWidget>
+
+#include <vector>
 
 class QAbstractItemModel;
 class QComboBox;
@@ -31,6 +35,8 @@ private:
     void viewStatus();
     void displayRecipients();
     void sendToSmsCenter();
+    // The recipients as the grid lists them, every row fetched.
+    std::vector<SmsCenter::Recipient> shownRecipients() const;
     void countCharacters();
     void showInGrid(QTableView* grid, QLabel* title, const QString& caption,
                     QAbstractItemModel* model);

@@ -120,11 +120,8 @@ SmsCenter::Recipients SmsCenter::recipients(int peopleCategory, QObject* parent)
     return r;
 }
 
-int SmsCenter::send(const SpecialMessage& m)
+int SmsCenter::send(const SpecialMessage& m, const std::vector<Recipient>& to)
 {
-    const QString list = statement(m.peopleCategory, "Remarks");
-    if (list.isEmpty())
-        return 0;
     auto c = m_ctx.openConnection(kSms);
     db::Transaction tx(*c);
     const QString time = fmt::shortTime(m.sendTime);
@@ -137,18 +134,17 @@ int SmsCenter::send(const SpecialMessage& m)
         c->exec(QStringLiteral("INSERT INTO messageSpecial (CatName, Remarks, sendDate, sendTime, "
                                "Message) VALUES (?, ?, ?, ?, ?)"),
                 {m.messageCategory, m.peopleCategoryName, m.sendDate, time, m.text});
-    // One statement for the whole group, however large: each member's salutation, then the
-    // message as typed (an apostrophe in it is only an apostrophe).
-    const int queued = c->exec(
-        QStringLiteral("INSERT INTO MessageOut (Date, Message, Phone, SendDate, SendTime, isSent, "
-                       "Remarks, Code, fullName, Catname, Remarks2) "
-                       "SELECT ?, COALESCE(r.FullName2, '') || ?, r.PhoneNo, ?, ?, 0, ?, r.SNo, "
-                       "r.FullName, ?, ? FROM (%1) r")
-            .arg(list),
-        {m_ctx.session().serverDate, QStringLiteral("\r\n") + m.text, m.sendDate, time,
-         m.peopleCategoryName, m.messageCategory, m_ctx.session().userName});
+    // The people the desk saw listed, and only they: the group's statement run again now
+    // could take in somebody registered since, whom nobody checked.
+    const QDate today = m_ctx.session().serverDate;
+    for (const Recipient& r : to)
+        c->exec(QStringLiteral("INSERT INTO MessageOut (Date, Message, Phone, SendDate, SendTime, "
+                               "isSent, Remarks, Code, fullName, Catname) "
+                               "VALUES (?, ?, ?, ?, ?, 0, ?, ?, ?, ?)"),
+                {today, r.fullName2 + QStringLiteral("\r\n") + m.text, r.phone, m.sendDate, time,
+                 m.peopleCategoryName, r.code, r.fullName, m.messageCategory});
     tx.commit();
-    return queued;
+    return int(to.size());
 }
 
 }  // namespace tolmar

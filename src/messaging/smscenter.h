@@ -58,9 +58,16 @@ public:
     };
     Recipients recipients(int peopleCategory, QObject* parent);
 
-    // Saves the message under its two categories and queues it once per member of the
-    // group, in one transaction; returns how many were queued.
-    int send(const SpecialMessage& message);
+    // One member of a group as the grid listed it.
+    struct Recipient {
+        QString fullName;
+        QString fullName2;  // the salutation the message opens with
+        QString phone;
+        QString code;       // the patient's number
+    };
+    // Saves the message under its two categories and queues it once for each recipient the
+    // desk was shown, in one transaction; returns how many were queued.
+    int send(const SpecialMessage& message, const std::vector<Recipient>& to);
 
 private:
     QString statement(int peopleCategory, const char* column);

@@ -14,6 +14,10 @@
 #include "patients/registrationdesk.h"
 
 #include <QAbstractItemModel>
+#include <QAbstractItemView>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QKeyEvent>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
@@ -126,6 +130,7 @@ frmPatientsNew::frmPatientsNew(AppContext& ctx, const QVariantMap&, QWidget* par
         loadBoxes();
     });
     clearFields();
+    m_dtExpDate->setDate(m_ctx.session().serverDate);
     setMode(Mode::View);
     fillGrid();
     getDocWaitList();
@@ -272,6 +277,7 @@ void frmPatientsNew::buildCardAndPayer(QWidget* column)
     m_dtExpDate = f.optionalDate(QStringLiteral("dtExpDate"), QStringLiteral("Exp Date"));
     m_cboPat = f.combo(QStringLiteral("cboPat"), QStringLiteral("Company Name"));
     m_cboPat->installEventFilter(this);
+    m_cboPat->view()->installEventFilter(this);
 
     m_cboClient = new QComboBox(column);
     m_cboClient->setObjectName(QStringLiteral("cboClient"));
@@ -612,6 +618,10 @@ void frmPatientsNew::okButtonClick()
     // A failed save leaves every field as it was, so Save can simply be pressed again.
     if (!runCommand(this, m_ctx, [&] { pno = save(m_ctx, form); }) || pno.isEmpty())
         return;
+    // The balance of the patient just saved stays on the main window after the fields are
+    // cleared, until the desk turns to the next patient.
+    const billing::DebtOutcome debt =
+        form.takeAttendance ? billing::lastDebt(m_ctx) : billing::DebtOutcome{};
     m_isEdit = false;
     m_editPNo.clear();
     showTab(TabRegistration);
@@ -625,6 +635,7 @@ void frmPatientsNew::okButtonClick()
         return;
     }
     clearFields();
+    billing::showDebtOnMainWindow(m_ctx, debt);
 }
 
 void frmPatientsNew::cmdPatDepClick()
@@ -664,7 +675,8 @@ void frmPatientsNew::addDependantOf(const QString& principal)
         const QSignalBlocker quiet(c);
         c->setCurrentIndex(c->count() > 0 ? 0 : -1);
     }
-    m_isAddingDependant = true;  // tells the Add command to keep the payer
+    billing::clearDebtDisplay(m_ctx);  // the principal's balance is not the dependant's
+    m_isAddingDependant = true;        // tells the Add command to keep the payer
     cmdAddClick();
     m_isAddingDependant = true;
     m_isEdit = false;
@@ -686,7 +698,11 @@ void frmPatientsNew::cmdDelClick()
     m_ctx.prompter().inform(QStringLiteral(" Record successfully deleted "), kTitle);
     clearFields();
     setMode(Mode::View);
-    fillGrid();
+    // Back to the search the desk was working through, less the patient just deleted.
+    if (m_lastCardSearch.isEmpty())
+        fillGrid();
+    else
+        showCardSearch(m_lastCardSearch);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -694,6 +710,7 @@ void frmPatientsNew::cmdDelClick()
 
 void frmPatientsNew::fillGrid()
 {
+    m_lastCardSearch.clear();
     runCommand(this, m_ctx, [this] {
         QAbstractItemModel* old = m_grdData->model();
         m_grdData->setModel(
@@ -760,6 +777,12 @@ void frmPatientsNew::cmdCardClick()
         m_txtName->setFocus();
         return;
     }
+    showCardSearch(card);
+}
+
+void frmPatientsNew::showCardSearch(const QString& card)
+{
+    m_lastCardSearch = card;
     runCommand(this, m_ctx, [&] {
         QAbstractItemModel* old = m_grdData->model();
         m_grdData->setModel(patients::patientsWithCard(m_ctx.db(), card, m_grdData));
@@ -785,6 +808,7 @@ QString frmPatientsNew::gridValue(QTableView* grid, int row, const QString& colu
 
 void frmPatientsNew::editVal(const QString& pno)
 {
+    billing::clearDebtDisplay(m_ctx);  // another patient: the last one's balance goes
     runCommand(this, m_ctx, [&] {
         db::Connection& c = m_ctx.db();
         const auto found = readPatient(c, pno);
@@ -877,7 +901,10 @@ void frmPatientsNew::editVal(const QString& pno)
         m_txtNOKPhone->setText(r.text(u"nokPhone"));
         chooseQuietly(m_txtKinRel, r.text(u"relationToKin"));
         m_txtKinAddress->setText(r.text(u"kinAddress"));
-        m_txtAdmitLimit->setText(QString::number(r.toDouble(u"AdmissionDaysLimit")));
+        // No limit on file is not a limit of 0 ("no limit"): a blank goes back as NULL.
+        m_txtAdmitLimit->setText(r.isNull(u"AdmissionDaysLimit")
+                                     ? QString()
+                                     : QString::number(r.toDouble(u"AdmissionDaysLimit")));
         m_cmdANC->setEnabled(r.text(u"Sex") == QLatin1String("FEMALE"));
         m_principalPNo = r.text(u"pno");
         m_cmdPatDep->setEnabled(true);
@@ -1197,12 +1224,36 @@ bool frmPatientsNew::eventFilter(QObject* watched, QEvent* event)
         return true;
     }
     if (watched == m_cboPat && event->type() == QEvent::FocusIn && m_cboPat->isEnabled()) {
-        // Tabbing onto the payer opens its list: the desk picks by typing the first letters.
+        // Coming onto the payer, by key or by mouse, opens its list: the desk picks by
+        // typing the first letters.
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
-            QTimer::singleShot(0, m_cboPat, &QComboBox::showPopup);
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+            reason == Qt::MouseFocusReason || reason == Qt::ShortcutFocusReason)
+            QTimer::singleShot(0, m_cboPat, [this] {
+                if (!m_cboPat->view()->isVisible())
+                    m_cboPat->showPopup();
+            });
+    }
+    if ((watched == m_cboPat || watched == m_cboPat->view()) &&
+        event->type() == QEvent::KeyPress) {
+        // The payers are listed in capitals; a letter typed in lower case finds them too.
+        auto* key = static_cast<QKeyEvent*>(event);
+        const QString upper = key->text().toUpper();
+        if (upper != key->text()) {
+            QKeyEvent raised(key->type(), key->key(), key->modifiers(), upper,
+                             key->isAutoRepeat(), ushort(key->count()));
+            QCoreApplication::sendEvent(watched, &raised);
+            return true;
+        }
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void frmPatientsNew::closeEvent(QCloseEvent* event)
+{
+    // The balance on the main window belonged to this desk's patient.
+    billing::clearDebtDisplay(m_ctx);
+    QWidget::closeEvent(event);
 }
 
 patients::RegistrationForm frmPatientsNew::gatherForm() const
@@ -1222,6 +1273,10 @@ patients::RegistrationForm frmPatientsNew::gatherForm() const
     f.selectedPurpose = m_selectedPurpose;
     f.carryOverDebt = m_carryOverDebt;
     f.pendingCardRenewal = m_pendingCardRenewal;
+    const Session& s = m_ctx.session();
+    f.instantFeePending = s.instantFeePending;
+    f.instantFeeItem = s.instantFeeItem;
+    f.instantFeeAmount = s.pendingFee;
     f.screeningAmount = m_screeningAmount;
     f.consultationAmount = m_consultationAmount;
 

@@ -54,6 +54,7 @@ public slots:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildForm();
@@ -75,6 +76,8 @@ private:
     // Empties the person's own fields and starts adding a dependant of `principal`.
     void addDependantOf(const QString& principal);
     void cmdCardClick();
+    // Lists the patients holding a card number, as the desk's search does.
+    void showCardSearch(const QString& card);
     void cmdAttendClick();
     void cmdANCClick();
     void cmdCommClick();
@@ -123,6 +126,7 @@ private:
     QString m_principalPNo;
     QString m_selectedPurpose;
     QString m_lastSurnameChecked;
+    QString m_lastCardSearch;  // what the list shows when it is not today's registrations
     double m_carryOverDebt = 0;
     double m_screeningAmount = 0;
     double m_consultationAmount = 0;

@@ -30,6 +30,10 @@ struct RegistrationForm {
     QString selectedPurpose;  // "SCREENING" for the screening purposes
     double carryOverDebt = 0;
     bool pendingCardRenewal = false;
+    // The instant fee picked on frmInstantFee for this visit's bill, if any.
+    bool instantFeePending = false;
+    QString instantFeeItem;
+    double instantFeeAmount = 0;
     double screeningAmount = 0;
     double consultationAmount = 0;
 

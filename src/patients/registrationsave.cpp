@@ -65,6 +65,7 @@ private:
     const RegistrationForm& m_f;
     QString m_pno;
     QString m_consultID;
+    bool m_feeBilled = false;
     // Audit lines wait for the commit: written earlier, they would tell of rows that a
     // rollback may yet take back.
     std::vector<AuditEntry> m_audits;
@@ -118,6 +119,13 @@ QString SaveRun::run()
                 }
             }
             tx.commit();
+        }
+        // Only a committed bill uses the fee up; after a failure it waits for the next Save.
+        if (m_feeBilled) {
+            Session& s = ctx.session();
+            s.instantFeePending = false;
+            s.instantFeeItem.clear();
+            s.pendingFee = 0;
         }
     } catch (const CheckFailed&) {
         throw;  // a number not given: nothing was written, and no counter ran ahead
@@ -266,10 +274,15 @@ void SaveRun::getAttendance(db::Connection& c)
     billing::VisitLines lines;
     lines.revTypeConsult = s.defaults.Revtype_Consult;
     lines.appVersion = kVersionMajor;
+    lines.instantFeePending = m_f.instantFeePending;
+    lines.instantFeeItem = m_f.instantFeeItem;
+    lines.instantFeeAmount = m_f.instantFeeAmount;
     lines.carryOverDebt = m_f.carryOverDebt;
     lines.isEdit = m_f.isEdit;
     billing::writeVisitLines(c, bill(), lines);
-    billing::ComputeDebtBroughtForward(m_ctx, c, m_pno);
+    m_feeBilled = m_f.instantFeePending;
+    // A new patient has no bill yet: what the desk carried over is what the patient owes.
+    billing::ComputeDebtBroughtForward(m_ctx, c, m_pno, m_f.isEdit ? 0.0 : m_f.carryOverDebt);
 
     c.exec(QStringLiteral("INSERT INTO hPatientsTimeline (PNo, consultID, ServicePoint, "
                           "EntryOrExit, EntryDate, EntryTime, Username) "
@@ -382,6 +395,10 @@ void checkRegistration(const AppContext& ctx, RegistrationForm& f)
         fail("Specify Clinic for Attendance", "cboClin");
     if (f.takeAttendance && (blank(f.purpose) || blank(f.selectedPurpose)))
         fail("Specify Purpose of Attendance", "cboPurpose");
+    // An appointment without its day would be booked for nobody knows when, and its SMS
+    // would tell the patient an empty date.
+    if (f.takeAttendance && f.purpose == kAppointment && !f.apptDate.isValid())
+        fail("Specify Appointment Date", "dtNext");
     if (blankTrimmed(f.phone))
         fail("Patient's Phone No Required! 11 Digits Onlt!! GSM Only. eg 08031234567",
              "txtPhone");

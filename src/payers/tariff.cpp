@@ -252,8 +252,9 @@ TemplateOutcome TariffList::saveTemplate(const TemplateRequest& r)
         t.source = t.coyID;
         t.sourceName = t.name;
     } else if (!r.singleItem) {
-        // Neither an own list nor a copy: there is nothing to make the list from.
-        throw CheckFailed(QStringLiteral("Please specify if Company Has Own Tariff"),
+        // Neither an own list nor a copy: there is nothing to make the list from, and the
+        // desk is asked, in the screen's own words, which tariff the template is to use.
+        throw CheckFailed(QStringLiteral("Please specify Tariff to use for this Template"),
                           QStringLiteral("cboDrug"));
     }
     t.remarks = remarksOf(t.coyID);

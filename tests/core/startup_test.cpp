@@ -88,18 +88,38 @@ TEST_P(Startup, LastLineOfSysdocIsTheUser)
 
 TEST_P(Startup, VersionGateRefusesAnOlderProgram)
 {
-    ws->exec(QStringLiteral("UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"),
-             {22, QStringLiteral("RECORDS")});
-    Desk d(*ws);
-    ws->writeSettings();
-    const auto r = start(d);
-    EXPECT_EQ(r.outcome, StartupResult::Fatal);
-    EXPECT_EQ(r.exitCode, kExitOldVersion);
-    ASSERT_NE(d.prompter.last(), nullptr);
-    EXPECT_EQ(d.prompter.last()->text,
-              QStringLiteral("RECORDS Module is OLD!\r\nOnly Versions 22 and Above are Allowed"));
-    EXPECT_EQ(d.prompter.last()->title, QStringLiteral("Old Version 21.78 Not Allowed"));
-    EXPECT_EQ(d.prompter.last()->icon, Icon::Critical);
+    struct Case {
+        QVariant minVer;
+        QString text;
+        bool sqliteOnly;  // PostgreSQL keeps MinVer in 16 bits itself
+    };
+    const QString old22 =
+        QStringLiteral("RECORDS Module is OLD!\r\nOnly Versions 22 and Above are Allowed");
+    const Case cases[] = {
+        {22, old22},
+        {21.5, old22},  // a fraction is rounded, as a 16-bit number holds it
+        // Beyond 16 bits no version could ever run; wrapped it would read as 21.
+        {65557,
+         QStringLiteral("RECORDS Module cannot check its version: MinVer 65557 in Roles is not "
+                        "a version number (0 to 32767)."),
+         true},
+    };
+    for (const Case& c : cases) {
+        if (c.sqliteOnly && ws->backend() != db::Backend::Sqlite)
+            continue;
+        SCOPED_TRACE(c.minVer.toString().toStdString());
+        ws->exec(QStringLiteral("UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"),
+                 {c.minVer, QStringLiteral("RECORDS")});
+        Desk d(*ws);
+        ws->writeSettings();
+        const auto r = start(d);
+        EXPECT_EQ(r.outcome, StartupResult::Fatal);
+        EXPECT_EQ(r.exitCode, kExitOldVersion);
+        ASSERT_NE(d.prompter.last(), nullptr);
+        EXPECT_EQ(d.prompter.last()->text, c.text);
+        EXPECT_EQ(d.prompter.last()->title, QStringLiteral("Old Version 21.78 Not Allowed"));
+        EXPECT_EQ(d.prompter.last()->icon, Icon::Critical);
+    }
 }
 
 TEST_P(Startup, VersionGateOnlyRunsWhenLockedAndComparesTheMajorNumber)

@@ -176,6 +176,10 @@ TEST_P(SmsCenterScreen, SendQueuesEveryRecipientAndKeepsTheMessage)
     const QString text = QStringLiteral("Don't miss Saturday's free eye check; bring O'Neil's card");
     child<QPlainTextEdit>(s.get(), "txtMessage")->setPlainText(text);
     click(s.get(), "cmdDisplay");
+    // Somebody joins the group after the desk looked at it: not shown, not sent to.
+    ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname, pPhoneNo, clientCatID, "
+                            "CoyName) VALUES ('001/000000009', 'LATE', '08039999999', 'HMO', "
+                            "'0004')"));
     desk->prompter.answerYes();
     click(s.get(), "cmdSend");
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("2 Record successfully Sent to SMS Center"));
@@ -190,6 +194,8 @@ TEST_P(SmsCenterScreen, SendQueuesEveryRecipientAndKeepsTheMessage)
     EXPECT_EQ(rows.front().text(u"Catname"), QStringLiteral("PROMO"));
     EXPECT_EQ(rows.front().text(u"Remarks"), QStringLiteral("HMO ENROLLEES"));
     EXPECT_EQ(rows.front().toInt(u"isSent"), 0);
+    EXPECT_EQ(rows.front().text(u"fullName"), QStringLiteral("MR BELLO MUSA"));
+    EXPECT_TRUE(rows.front().isNull(u"Remarks2"));  // no reference of the desk's own making
 
     // Sending again to the same two categories rewrites the saved message, not a second one.
     child<QPlainTextEdit>(s.get(), "txtMessage")->setPlainText(QStringLiteral("Changed"));

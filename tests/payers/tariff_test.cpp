@@ -241,6 +241,13 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(),
               QStringLiteral("Please SELECT/Re-SELECT Company Whose Tariff is Used"));
+    // Neither an own list nor a copy: there is nothing to build the list from.
+    child<QComboBox>(screen.get(), "cboDrug")->setCurrentIndex(-1);
+    desk->prompter.clear();
+    click(screen.get(), "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(),
+              QStringLiteral("Please specify Tariff to use for this Template"));
+    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("cboDrug"));
     EXPECT_EQ(rows(QStringLiteral("0009")), 0);
 }
 

@@ -300,16 +300,31 @@ TEST_P(PatientDelete, RefusedForVitalsThenConsultationsAndNoKeepsTheRow)
     EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hpatientsArchive")).toInt(), 0);
 }
 
-TEST_P(PatientDelete, ArchivesDeletesAndAudits)
+TEST_P(PatientDelete, ArchivesDeletesAndAuditsAndTheListKeepsTheSearch)
 {
     const QString pno = QStringLiteral("001/000000022");
     addPatient({pno, QStringLiteral("O'BRIEN"), QStringLiteral("[TEE]")});
+    // Another holder of the same card, and somebody registered today under another card.
+    addPatient({QStringLiteral("002/000000022"), QStringLiteral("OBI"), QStringLiteral("ADA"),
+                QStringLiteral("0002"), QStringLiteral("CORPORATE"), {},
+                QStringLiteral("FEMALE"), QDate(2025, 1, 2)});
+    addPatient({QStringLiteral("001/000000030"), QStringLiteral("TODAY")});
+    ws->exec(QStringLiteral("UPDATE hPatients SET regDate = ? WHERE PNo = ?"),
+             {QDate(2025, 1, 2), pno});
     frmPatientsNew& s = open();
+    QTest::keyClicks(edit(&s, "txtName"), QStringLiteral("001/26/000022"));
+    QTest::keyClick(edit(&s, "txtName"), Qt::Key_Return);
+    auto* list = child<QTableView>(&s, "grdData");
+    ASSERT_EQ(rowCount(list), 2);
     s.editVal(pno);
     desk->prompter.answerYes();
     click(&s, "cmdDel");
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral(" Record successfully deleted "));
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients")).toInt(), 0);
+    ASSERT_EQ(rowCount(list), 1);
+    EXPECT_EQ(cellText(list, 0, QStringLiteral("Surname")), QStringLiteral("OBI"));
+    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE PNo = ?"), {pno})
+                  .toInt(),
+              0);
     EXPECT_EQ(ws->scalar(QStringLiteral("SELECT psurname FROM hpatientsArchive WHERE PNo = ?"),
                          {pno}).toString(),
               QStringLiteral("O'BRIEN"));
@@ -317,7 +332,6 @@ TEST_P(PatientDelete, ArchivesDeletesAndAudits)
                          {pno}).toString(),
               QStringLiteral("Delete Patient: O'BRIEN [TEE] "));
     EXPECT_TRUE(edit(&s, "txtSupp")->text().isEmpty());
-    EXPECT_EQ(child<QTableView>(&s, "grdData")->model()->rowCount(), 0);
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(ClinicChoice);

@@ -35,6 +35,46 @@ struct PatientSeed {
     QDate regDate = kToday;
 };
 
+// Adds a new private patient on the registration screen, every required field filled,
+// attendance at GENERAL for a consultation.
+inline void fillNewPrivate(QWidget* s, const QString& surname = QStringLiteral("OKAFOR"))
+{
+    click(s, "cmdAdd");
+    pick(s, "cboNew", QStringLiteral("NEW"));
+    pick(s, "cboTitle", QStringLiteral("MRS"));
+    edit(s, "txtsurNAme")->setText(surname);
+    edit(s, "txtfirstNAme")->setText(QStringLiteral("[NGOZI] "));
+    pick(s, "cboArea", QStringLiteral("IKEJA"));
+    edit(s, "txtPhone")->setText(QStringLiteral(" 08031234567 "));
+    pick(s, "txtSex", QStringLiteral("FEMALE"));
+    pick(s, "cboMat", QStringLiteral("ADULT"));
+    pick(s, "cboPat", QStringLiteral("(PRIVATE)"));
+    edit(s, "txtKin")->setText(QStringLiteral("EMEKA OKAFOR"));
+    edit(s, "txtNOKPhone")->setText(QStringLiteral("08035550000"));
+    pick(s, "cboClin", QStringLiteral("GENERAL"));
+    pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
+}
+
+// Makes the database refuse the visit's timeline row, the last write of a save, so a save
+// fails after everything else of it was written; `on` false lifts the refusal. DDL goes
+// through execScript: the statements path prepares, and PostgreSQL prepares no CREATE.
+inline void refuseTimelineRows(const Workspace& ws, bool on)
+{
+    const bool lite = ws.backend() == db::Backend::Sqlite;
+    ws.connect()->execScript(
+        on ? (lite ? QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
+                                    "hPatientsTimeline BEGIN SELECT RAISE(ABORT, "
+                                    "'timeline refused'); END;")
+                   : QStringLiteral("CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ "
+                                    "BEGIN RAISE EXCEPTION 'timeline refused'; END $$ LANGUAGE "
+                                    "plpgsql; CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
+                                    "hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
+                                    "refuse_timeline();"))
+           : (lite ? QStringLiteral("DROP TRIGGER refuse_timeline;")
+                   : QStringLiteral("DROP TRIGGER refuse_timeline ON hPatientsTimeline; "
+                                    "DROP FUNCTION refuse_timeline();")));
+}
+
 class RegistrationTest : public BackendTest {
 protected:
     // Starts the desk and opens the screen; defaults set before this call take effect.

@@ -36,6 +36,8 @@ TEST_P(RegistrationScreen, OpensLockedWithItsListsFilled)
     EXPECT_EQ(combo(&s, "cboArea")->itemText(0), QString());  // a blank first entry
     EXPECT_TRUE(items(combo(&s, "cboIntro")).contains(QStringLiteral("O'NEILL GRACE [EMP010]")));
     EXPECT_EQ(combo(&s, "cboPat")->currentIndex(), -1);
+    EXPECT_EQ(ui::dateOf(dateBox(&s, "dtExpDate")), kToday);
+    EXPECT_TRUE(ui::isBlank(dateBox(&s, "dtDate")));
 
     for (const char* b : {"cmdAdd", "cmdEdit", "cmdDel"})
         EXPECT_TRUE(child<QPushButton>(&s, b)->isEnabled()) << b;
@@ -63,6 +65,20 @@ TEST_P(RegistrationScreen, AddFreesTheFieldsWithTheirStartingValues)
     EXPECT_EQ(child<QLabel>(&s, "lblDebtCap")->text(), QStringLiteral("Carry Over Debt"));
     EXPECT_EQ(child<QLabel>(&s, "lblDebt")->text(), QStringLiteral("0.00"));
     EXPECT_EQ(s.focusWidget(), combo(&s, "cboNew"));
+
+    // Reached by its caption's shortcut the payer list drops down, and the desk picks by
+    // typing the first letters in any case.
+    QComboBox* payer = combo(&s, "cboPat");
+    s.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&s));
+    payer->setFocus(Qt::ShortcutFocusReason);
+    for (int i = 0; i < 100 && !payer->view()->isVisible(); ++i)
+        QTest::qWait(10);
+    EXPECT_TRUE(payer->view()->isVisible());
+    QTest::keyClicks(payer->view(), QStringLiteral("dan"));
+    QTest::keyClick(payer->view(), Qt::Key_Return);
+    EXPECT_TRUE(payer->currentText().startsWith(QStringLiteral("DANBURY")))
+        << payer->currentText().toStdString();
 
     click(&s, "cmdCancel");
     EXPECT_EQ(s.mode(), frmPatientsNew::Mode::View);

@@ -22,20 +22,7 @@ protected:
     frmPatientsNew& fillNewPrivate(const QString& surname = QStringLiteral("OKAFOR"))
     {
         frmPatientsNew& s = screen ? *screen : open();
-        click(&s, "cmdAdd");
-        pick(&s, "cboNew", QStringLiteral("NEW"));
-        pick(&s, "cboTitle", QStringLiteral("MRS"));
-        edit(&s, "txtsurNAme")->setText(surname);
-        edit(&s, "txtfirstNAme")->setText(QStringLiteral("[NGOZI] "));
-        pick(&s, "cboArea", QStringLiteral("IKEJA"));
-        edit(&s, "txtPhone")->setText(QStringLiteral(" 08031234567 "));
-        pick(&s, "txtSex", QStringLiteral("FEMALE"));
-        pick(&s, "cboMat", QStringLiteral("ADULT"));
-        pick(&s, "cboPat", QStringLiteral("(PRIVATE)"));
-        edit(&s, "txtKin")->setText(QStringLiteral("EMEKA OKAFOR"));
-        edit(&s, "txtNOKPhone")->setText(QStringLiteral("08035550000"));
-        pick(&s, "cboClin", QStringLiteral("GENERAL"));
-        pick(&s, "cboPurpose", QStringLiteral("CONSULTATION"));
+        test::fillNewPrivate(&s, surname);
         return s;
     }
     // Presses Save and answers the question before it.
@@ -151,6 +138,12 @@ TEST_P(RegistrationSave, EachCheckStopsWithItsMessageAndControlBeforeAnythingIsD
          "cboClin"},
         {"purpose class", [](auto& f) { f.selectedPurpose.clear(); },
          "Specify Purpose of Attendance", "cboPurpose"},
+        {"appointment without its date",
+         [](auto& f) {
+             f.purpose = QStringLiteral("APPOINTMENT");
+             f.apptDate = QDate();
+         },
+         "Specify Appointment Date", "dtNext"},
         {"phone", [](auto& f) { f.phone = QStringLiteral(" "); },
          "Patient's Phone No Required! 11 Digits Onlt!! GSM Only. eg 08031234567", "txtPhone"},
         {"next of kin", [](auto& f) { f.nextOfKin.clear(); }, "Next of Kin Required", "txtKin"},
@@ -423,19 +416,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     const qint64 visits = counter(kSeriesConsultID);
 
     // The timeline row is the last write of the transaction: everything before it must go.
-    // DDL goes through execScript: the statements path prepares, and PostgreSQL prepares
-    // no CREATE.
-    if (ws->backend() == db::Backend::Sqlite) {
-        ws->connect()->execScript(
-            QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON hPatientsTimeline "
-                           "BEGIN SELECT RAISE(ABORT, 'timeline refused'); END;"));
-    } else {
-        ws->connect()->execScript(QStringLiteral(
-            "CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ BEGIN RAISE EXCEPTION "
-            "'timeline refused'; END $$ LANGUAGE plpgsql; CREATE TRIGGER refuse_timeline "
-            "BEFORE INSERT ON hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
-            "refuse_timeline();"));
-    }
+    refuseTimelineRows(*ws, true);
     frmPatientsNew& s = fillNewPrivate(QStringLiteral("SECOND"));
     save();
     EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("timeline refused")))
@@ -577,6 +558,15 @@ TEST_P(RegistrationSave, EditStoresABlankLimitAsTypedAndBillsAPendingCardRenewal
     ASSERT_TRUE(p);
     EXPECT_TRUE(p->isNull(u"AdmissionDaysLimit"));  // Add would have stored 0
     EXPECT_EQ(p->text(u"empno"), QStringLiteral("HY/0042"));
+    // Loaded again the limit is still blank, not "0", and saved as loaded it stays NULL.
+    editPatient(pno);
+    EXPECT_EQ(edit(screen.get(), "txtAdmitLimit")->text(), QString());
+    child<QCheckBox>(screen.get(), "chkReg")->setChecked(false);
+    save();
+    EXPECT_TRUE(row(QStringLiteral("SELECT AdmissionDaysLimit FROM hPatients WHERE PNo = ?"),
+                    {pno})
+                    ->isNull(u"AdmissionDaysLimit"))
+        << desk->prompter.lastText().toStdString();
     const auto renew = row(QStringLiteral("SELECT Price, Category, consultID FROM billAccum "
                                           "WHERE PNo = ? AND drgName = 'CARD RENEWAL FEE'"),
                            {pno});

@@ -7,6 +7,10 @@
 #include "core/financialperiod.h"
 #include "core/numbertowords.h"
 #include "core/patientinfo.h"
+#include "core/screenhost.h"
+
+#include <QDialog>
+#include <QTimer>
 
 using namespace tolmar;
 using namespace tolmar::test;
@@ -206,6 +210,19 @@ TEST_P(Routines, PatientNoteIsShownOnlyWhenThereIsOne)
                             "001/000000099"})
         EXPECT_EQ(patientNote(desk->ctx, QString::fromLatin1(pno)), QString()) << pno;
     EXPECT_FALSE(showPatientNote(desk->ctx, QStringLiteral("001/000000002")));
+
+    // The information screen that shows the note is built elsewhere; a stand-in under its
+    // name records which patient the note hands it, and closes.
+    static QString handedPNo;
+    ScreenHost::registerFactory(QStringLiteral("frmPatientANCInfo"),
+                                [](AppContext&, const QVariantMap& args) -> QWidget* {
+                                    handedPNo = args.value(QStringLiteral("PNo")).toString();
+                                    auto* d = new QDialog;
+                                    QTimer::singleShot(0, d, &QDialog::accept);
+                                    return d;
+                                });
+    EXPECT_TRUE(showPatientNote(desk->ctx, QStringLiteral("001/000000001")));
+    EXPECT_EQ(handedPNo, QStringLiteral("001/000000001"));
 }
 
 TEST_P(Routines, ClientCategoryOrDefault)
