@@ -4,12 +4,16 @@
 #include "core/appdefaults.h"
 #include "core/demoworkspace.h"
 #include "core/mditolmar.h"
+#include "core/screenhost.h"
 #include "core/startup.h"
 #include "platform/prompt.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QAction>
+#include <QPainter>
+#include <QPixmap>
 #include <QTimer>
 
 #include <cstdio>
@@ -58,6 +62,11 @@ int main(int argc, char* argv[])
                                   QStringLiteral("Save the main window to FILE once shown, "
                                                  "then exit."),
                                   QStringLiteral("FILE"));
+    const QCommandLineOption openScreen(
+        QStringLiteral("open"),
+        QStringLiteral("For screenshots: after start-up, trigger the menu entry or open the "
+                       "screen of this name (may be given more than once)."),
+        QStringLiteral("NAME"));
     const QCommandLineOption demo(QStringLiteral("init-demo"),
                                   QStringLiteral("Make a demo workspace in DIR and exit."),
                                   QStringLiteral("DIR"));
@@ -69,7 +78,7 @@ int main(int argc, char* argv[])
                                       QStringLiteral("With --init-demo: how many synthetic "
                                                      "patients (default 300)."),
                                       QStringLiteral("N"), QStringLiteral("300"));
-    cl.addOptions({home, shot, demo, server, patients});
+    cl.addOptions({home, shot, openScreen, demo, server, patients});
     cl.process(app);
 
     if (cl.isSet(demo)) {
@@ -128,12 +137,28 @@ int main(int argc, char* argv[])
     window = std::make_unique<tolmar::MdiTolmar>(ctx);
     prompter.setParent(window.get());
     window->load();
-    window->show();
+    // The frame is the desk's whole work area.
+    window->showMaximized();
+    QCoreApplication::processEvents();
+    for (const QString& name : cl.values(openScreen)) {
+        if (auto* entry = window->findChild<QAction*>(name))
+            entry->trigger();
+        else if (!ctx.screens().open(name))
+            say(QStringLiteral("No menu entry or screen named %1").arg(name));
+    }
 
     if (cl.isSet(shot)) {
         const QString file = cl.value(shot);
         QTimer::singleShot(300, window.get(), [&, file] {
-            const bool saved = window->grab().save(file);
+            // Dialogs are windows of their own: drawn where they stand over the frame.
+            QPixmap picture = window->grab();
+            QPainter painter(&picture);
+            for (QWidget* w : QApplication::topLevelWidgets())
+                if (w != window.get() && w->isVisible() && w->parentWidget() == window.get())
+                    painter.drawPixmap(w->geometry().topLeft() - window->geometry().topLeft(),
+                                       w->grab());
+            painter.end();
+            const bool saved = picture.save(file);
             say(saved ? QStringLiteral("Screenshot of the main window: %1").arg(file)
                       : QStringLiteral("Could not write the screenshot %1").arg(file));
             QApplication::exit(saved ? 0 : 1);

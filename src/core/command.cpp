@@ -63,6 +63,17 @@ void reportFatal(Prompter& prompter, const QString& message, const QString& titl
     std::fflush(stderr);
 }
 
+void refuseDuplicate(const CheckFailed& refusal, const std::function<void()>& write)
+{
+    try {
+        write();
+    } catch (const db::DbError& e) {
+        if (e.isUniqueViolation())
+            throw refusal;
+        throw;
+    }
+}
+
 bool runCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& command)
 {
     Prompter& prompter = ctx.prompter();

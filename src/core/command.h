@@ -58,6 +58,11 @@ private:
 // through the context.
 bool runCommand(QWidget* screen, AppContext& ctx, const std::function<void()>& command);
 
+// Runs a write into a table whose key may already hold what was typed. The database's
+// refusal (a unique key, on either backend) becomes `refusal`, a sentence the desk can act
+// on, with its control to focus; every other failure passes through unchanged.
+void refuseDuplicate(const CheckFailed& refusal, const std::function<void()>& write);
+
 // Shows a message that comes just before the process ends, and writes it to stderr as
 // well: a script, or a desk whose display has gone, must still learn why.
 void reportFatal(Prompter& prompter, const QString& message, const QString& title, Icon icon);

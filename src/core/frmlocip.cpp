@@ -28,8 +28,13 @@ frmLocIP::frmLocIP(AppContext& ctx, const QVariantMap&, QWidget* parent)
     connect(m_list, &QComboBox::currentIndexChanged, this, &frmLocIP::onSelected);
     connect(ok, &QPushButton::clicked, this, &frmLocIP::connectToServer);
     connect(refresh, &QPushButton::clicked, this, &frmLocIP::reloadList);
-    connect(add, &QPushButton::clicked, this,
-            [this] { m_ctx.screens().open(QStringLiteral("frmLocNew")); });
+    connect(add, &QPushButton::clicked, this, [this] {
+        // The list steps aside for the edit screen: left up, modal, it would block every
+        // control there. The edit screen's Close brings the list back.
+        AppContext& ctx = m_ctx;
+        reject();
+        ctx.screens().open(QStringLiteral("frmLocNew"));
+    });
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     reloadList();
 }

@@ -23,6 +23,13 @@ void ScreenHost::registerFactory(const QString& name, Factory factory)
 
 bool ScreenHost::isRegistered(const QString& name) { return registry().contains(name); }
 
+QStringList ScreenHost::registeredNames()
+{
+    QStringList names = registry().keys();
+    names.sort();
+    return names;
+}
+
 QWidget* ScreenHost::create(const QString& name, const QVariantMap& args)
 {
     const auto it = registry().constFind(name);
@@ -66,16 +73,43 @@ QWidget* ScreenHost::show(QWidget* screen)
 
 void ScreenHost::place(QWidget* w)
 {
-    if (m_area && !qobject_cast<QDialog*>(w)) {
-        QMdiSubWindow* sub = m_area->addSubWindow(w);
-        sub->setAttribute(Qt::WA_DeleteOnClose);
-        sub->setWindowTitle(w->windowTitle());
+    if (!m_area) {
         w->show();
-        sub->show();
-        m_area->setActiveSubWindow(sub);
-    } else {
-        w->show();
+        return;
     }
+    if (qobject_cast<QDialog*>(w)) {
+        adopt(w);
+        w->show();
+        return;
+    }
+    // The size the screen asked for, before the frame around it decides otherwise.
+    const QSize wanted = w->testAttribute(Qt::WA_Resized) ? w->size() : w->sizeHint();
+    QMdiSubWindow* sub = m_area->addSubWindow(w);
+    sub->setAttribute(Qt::WA_DeleteOnClose);
+    sub->setWindowTitle(w->windowTitle());
+    // A screen's own Close button closes the screen, not its frame: the frame goes with
+    // it, or an empty titled window would stay behind in the work area.
+    QPointer<QMdiSubWindow> frame(sub);
+    QObject::connect(w, &QObject::destroyed, m_area, [frame] {
+        if (frame)
+            frame->deleteLater();
+    });
+    // Top-left, and no larger than what the desk can see: a screen opened half outside
+    // the frame hides its captions and its command row.
+    w->show();
+    sub->show();
+    const QSize frameMargins = sub->size() - w->size();
+    const QSize room = m_area->viewport()->size();
+    sub->resize((wanted + frameMargins).boundedTo(room).expandedTo(sub->minimumSizeHint()));
+    sub->move(0, 0);
+    m_area->setActiveSubWindow(sub);
+}
+
+void ScreenHost::adopt(QWidget* dialog)
+{
+    // Parented to the main window, a dialog opens centred over it and stays above it.
+    if (m_area && !dialog->parentWidget())
+        dialog->setParent(m_area->window(), dialog->windowFlags() | Qt::Dialog);
 }
 
 bool ScreenHost::openModal(const QString& name, const QVariantMap& args)
@@ -83,6 +117,7 @@ bool ScreenHost::openModal(const QString& name, const QVariantMap& args)
     QWidget* w = create(name, args);
     if (!w)
         return false;
+    adopt(w);
     if (auto* dlg = qobject_cast<QDialog*>(w)) {
         dlg->exec();
         return true;

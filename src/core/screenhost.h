@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QMdiArea>
 #include <QVariantMap>
 
@@ -26,8 +27,12 @@ public:
     // Called once per screen, at static initialisation, through TOLMAR_REGISTER_SCREEN.
     static void registerFactory(const QString& name, Factory factory);
     static bool isRegistered(const QString& name);
+    // Every registered name, sorted: what the menu can open.
+    static QStringList registeredNames();
 
-    // Child windows open inside the frame when one is set; otherwise as top-level windows.
+    // Child windows open inside the frame when one is set, at its top-left and no larger
+    // than its visible area; dialogs centre over the frame's window. Without a frame they
+    // open as top-level windows.
     void setFrame(QMdiArea* area) { m_area = area; }
     QMdiArea* frame() const { return m_area; }
 
@@ -46,6 +51,7 @@ public:
 private:
     QWidget* create(const QString& name, const QVariantMap& args);
     void place(QWidget* w);
+    void adopt(QWidget* dialog);
     AppContext& m_ctx;
     QPointer<QMdiArea> m_area;
     QHash<QString, QPointer<QWidget>> m_open;

@@ -14,6 +14,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -44,22 +45,27 @@ frmBirthday::frmBirthday(AppContext& ctx, const QVariantMap&, QWidget* parent)
     ui::FormBuilder t(today);
     m_show = t.label(QStringLiteral("lblShow"), QString());
     m_show->setStyleSheet(QStringLiteral("font-weight: bold; color: #1b4f9c;"));
-    auto* credit = new QWidget(today);
+    // The credit of each category, two to a row under a caption of its own: the amounts
+    // that "View SMS Status" fills in never crowd a caption out of sight.
+    auto* credit = new QGroupBox(QStringLiteral("SMS Credit"), today);
     auto* cg = new QGridLayout(credit);
-    cg->setContentsMargins(0, 0, 0, 0);
-    auto addCredit = [&](int col, const QString& caption, const QString& name) {
-        cg->addWidget(new QLabel(caption, credit), 0, col * 2);
+    auto addCredit = [&](int at, const QString& caption, const QString& name) {
+        const int row = at / 2;
+        const int col = (at % 2) * 2;
+        cg->addWidget(new QLabel(caption, credit), row, col);
         auto* l = new QLabel(QStringLiteral("N/A"), credit);
         l->setObjectName(name);
         l->setStyleSheet(QStringLiteral("font-weight: bold;"));
-        cg->addWidget(l, 0, col * 2 + 1);
+        l->setMinimumWidth(l->fontMetrics().horizontalAdvance(QStringLiteral("999,999,999.00")));
+        cg->addWidget(l, row, col + 1);
         return l;
     };
     m_attend = addCredit(0, QStringLiteral("Attendance:"), QStringLiteral("lblAttnd"));
     m_appt = addCredit(1, QStringLiteral("Appointment:"), QStringLiteral("lblAppt"));
     m_birth = addCredit(2, QStringLiteral("Birthday:"), QStringLiteral("lblBirth"));
     m_promo = addCredit(3, QStringLiteral("Promo:"), QStringLiteral("lblPromo"));
-    t.field(credit, QStringLiteral("fraCredit"), QStringLiteral("SMS Credit"));
+    cg->setColumnStretch(4, 1);
+    t.field(credit, QStringLiteral("fraCredit"), QString());
     m_gridTitle = t.label(QStringLiteral("lblGridTitle"), QString());
     m_grid = t.grid(QStringLiteral("grdData"));
     auto* birthdays = t.button(QStringLiteral("cmdBirthday"), QStringLiteral("View Birthday"));
@@ -91,6 +97,11 @@ frmBirthday::frmBirthday(AppContext& ctx, const QVariantMap&, QWidget* parent)
     m_left = s.label(QStringLiteral("lblChars"), QString());
     auto* send = s.button(QStringLiteral("cmdSend"), QStringLiteral("Send to SMS Center"));
     m_tabs->addTab(special, QStringLiteral("Special Messages"));
+
+    // Closed like every other screen, from a button of its own under both pages.
+    ui::FormBuilder bottom(this, root);
+    auto* close = bottom.button(QStringLiteral("cmdClose"), QStringLiteral("Close"));
+    connect(close, &QPushButton::clicked, this, &QWidget::close);
 
     for (QDateEdit* d : {m_date}) {
         d->setMinimumDate(QDate(2000, 1, 1));

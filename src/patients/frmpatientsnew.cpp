@@ -22,6 +22,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QEvent>
+#include <QFormLayout>
 #include <QFocusEvent>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -32,6 +33,7 @@
 #include <QPixmap>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QTableView>
@@ -146,41 +148,55 @@ void frmPatientsNew::buildForm()
     root->setContentsMargins(6, 6, 6, 6);
     root->setSpacing(4);
 
-    // The lookup stays above the tabs so that it is at hand from every page.
-    auto* search = new QHBoxLayout;
-    auto* searchLabel = new QLabel(QStringLiteral("Card No:"), this);
-    m_txtName = new QLineEdit(this);
+    // The lookup stands beside the tabs so that it is at hand from every page, on the
+    // line the tab bar takes anyway: the form needs every row of a laptop's height.
+    auto* search = new QWidget(this);
+    auto* searchRow = new QHBoxLayout(search);
+    searchRow->setContentsMargins(0, 0, 4, 2);
+    auto* searchLabel = new QLabel(QStringLiteral("Card No:"), search);
+    m_txtName = new QLineEdit(search);
     m_txtName->setObjectName(QStringLiteral("txtName"));
     m_txtName->setPlaceholderText(QStringLiteral("Hospital Card No"));
     m_txtName->setMaximumWidth(260);
     searchLabel->setBuddy(m_txtName);
-    m_cmdCard = new QPushButton(QStringLiteral("Card No"), this);
+    m_cmdCard = new QPushButton(QStringLiteral("Card No"), search);
     m_cmdCard->setObjectName(QStringLiteral("cmdCard"));
     m_cmdCard->setAutoDefault(false);
-    search->addWidget(searchLabel);
-    search->addWidget(m_txtName);
-    search->addWidget(m_cmdCard);
-    search->addStretch(1);
-    root->addLayout(search);
+    searchRow->addWidget(searchLabel);
+    searchRow->addWidget(m_txtName);
+    searchRow->addWidget(m_cmdCard);
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("SSTab1"));
+    m_tabs->setCornerWidget(search, Qt::TopRightCorner);
     root->addWidget(m_tabs, 1);
 
-    auto* reg = new QWidget(m_tabs);
+    // Four columns of at most thirteen rows: the whole form, its command row and the
+    // doctors' queue fit a maximised window on a 1366 x 768 display. Below that size the
+    // form scrolls, the command row and the queue stay.
+    auto* reg = new QWidget;
     reg->setObjectName(QStringLiteral("tabRegistration"));
     auto* columns = new QHBoxLayout(reg);
-    columns->setContentsMargins(4, 4, 4, 4);
-    columns->setSpacing(12);
-    QWidget* col[3];
+    columns->setContentsMargins(4, 2, 4, 2);
+    columns->setSpacing(8);
+    QWidget* col[4];
     for (QWidget*& c : col) {
         c = new QWidget(reg);
         columns->addWidget(c, 1);
     }
     buildPersonal(col[0]);
     buildCardAndPayer(col[1]);
-    buildKinAndAttendance(col[2]);
-    m_tabs->addTab(reg, QStringLiteral("Registration"));
+    buildKinAndAttendance(col[2], col[3]);
+    for (auto* form : reg->findChildren<QFormLayout*>())
+        form->setVerticalSpacing(2);
+    for (auto* box : reg->findChildren<QComboBox*>())
+        box->setMinimumContentsLength(10);
+    auto* scroll = new QScrollArea(m_tabs);
+    scroll->setObjectName(QStringLiteral("scrRegistration"));
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(reg);
+    m_tabs->addTab(scroll, QStringLiteral("Registration"));
 
     buildGrids();
 
@@ -249,15 +265,6 @@ void frmPatientsNew::buildPersonal(QWidget* column)
     m_txtAge = f.text(QStringLiteral("txtAge"), QStringLiteral("Age (Yrs)"));
     m_txtAge->setToolTip(QStringLiteral("Type the age in years to set the date of birth"));
     m_cboMat = f.combo(QStringLiteral("cboMat"), QStringLiteral("Patient Maturity"));
-    m_piX = new QLabel(column);
-    m_piX->setObjectName(QStringLiteral("piX"));
-    m_piX->setFixedSize(96, 116);
-    m_piX->setFrameShape(QFrame::StyledPanel);
-    m_piX->setAlignment(Qt::AlignCenter);
-    m_piX->setScaledContents(true);
-    m_fileButtons = new QHBoxLayout;
-    m_fileButtons->addWidget(m_piX, 0, Qt::AlignTop);
-    v->addLayout(m_fileButtons);
     v->addStretch(1);
 }
 
@@ -300,7 +307,7 @@ void frmPatientsNew::buildCardAndPayer(QWidget* column)
     v->addStretch(1);
 }
 
-void frmPatientsNew::buildKinAndAttendance(QWidget* column)
+void frmPatientsNew::buildKinAndAttendance(QWidget* column, QWidget* attendance)
 {
     auto* v = new QVBoxLayout(column);
     v->setContentsMargins(0, 0, 0, 0);
@@ -332,21 +339,37 @@ void frmPatientsNew::buildKinAndAttendance(QWidget* column)
     f.row(m_lblDebtCap, m_lblDebt);
     m_chkReg = f.check(QStringLiteral("chkReg"), QStringLiteral("Automatic Attendance"));
 
-    m_fraAttd = f.section(QStringLiteral("   Take Attendance/Appointment"),
+    v->addStretch(1);
+
+    // The visit, then the patient's photograph and own file under it.
+    column = attendance;
+    auto* av = new QVBoxLayout(column);
+    av->setContentsMargins(0, 0, 0, 0);
+    ui::FormBuilder a(column, av);
+    m_fraAttd = a.section(QStringLiteral("   Take Attendance/Appointment"),
                           QStringLiteral("fraAttd"));
-    m_cboClin = f.combo(QStringLiteral("cboClin"), QStringLiteral("Clinic"));
+    m_cboClin = a.combo(QStringLiteral("cboClin"), QStringLiteral("Clinic"));
     m_cboPurpose = new QComboBox(column);
     m_cboPurpose->setObjectName(QStringLiteral("cboPurpose"));
     m_lblAmount = new QLabel(column);
     m_lblAmount->setObjectName(QStringLiteral("lblAmount"));
-    f.field(pair(column, m_cboPurpose, m_lblAmount), QStringLiteral("rowPurpose"),
+    a.field(pair(column, m_cboPurpose, m_lblAmount), QStringLiteral("rowPurpose"),
             QStringLiteral("Purpose"));
-    m_cboDoc = f.combo(QStringLiteral("cboDoc"), QStringLiteral("Doctor"));
-    m_dtNext = f.optionalDate(QStringLiteral("dtNext"), QStringLiteral("Ref/Appt Date"));
+    m_cboDoc = a.combo(QStringLiteral("cboDoc"), QStringLiteral("Doctor"));
+    m_dtNext = a.optionalDate(QStringLiteral("dtNext"), QStringLiteral("Ref/Appt Date"));
     m_dtRefTime = new QTimeEdit(column);
     m_dtRefTime->setDisplayFormat(fmt::kShortTime);
-    f.field(m_dtRefTime, QStringLiteral("dtRefTime"), QStringLiteral("Time"));
-    v->addStretch(1);
+    a.field(m_dtRefTime, QStringLiteral("dtRefTime"), QStringLiteral("Time"));
+    m_piX = new QLabel(column);
+    m_piX->setObjectName(QStringLiteral("piX"));
+    m_piX->setFixedSize(96, 116);
+    m_piX->setFrameShape(QFrame::StyledPanel);
+    m_piX->setAlignment(Qt::AlignCenter);
+    m_piX->setScaledContents(true);
+    m_fileButtons = new QHBoxLayout;
+    m_fileButtons->addWidget(m_piX, 0, Qt::AlignTop);
+    av->addLayout(m_fileButtons);
+    av->addStretch(1);
 }
 
 void frmPatientsNew::buildGrids()
@@ -372,7 +395,12 @@ void frmPatientsNew::buildGrids()
     qv->setContentsMargins(4, 2, 4, 4);
     ui::FormBuilder qf(queue, qv);
     m_grdDoc = qf.grid(QStringLiteral("grdDoc"));
-    m_grdDoc->setMaximumHeight(118);
+    // Three patients of the queue in sight at least, four at most: the form keeps the rest.
+    const int rowHeight = m_grdDoc->verticalHeader()->defaultSectionSize();
+    const int chrome = m_grdDoc->horizontalHeader()->sizeHint().height() +
+                       2 * m_grdDoc->frameWidth();
+    m_grdDoc->setMinimumHeight(chrome + 3 * rowHeight);
+    m_grdDoc->setMaximumHeight(chrome + 4 * rowHeight);
     static_cast<QVBoxLayout*>(layout())->addWidget(queue);
 }
 

@@ -60,7 +60,7 @@ private:
     void buildForm();
     void buildPersonal(QWidget* column);
     void buildCardAndPayer(QWidget* column);
-    void buildKinAndAttendance(QWidget* column);
+    void buildKinAndAttendance(QWidget* column, QWidget* attendance);
     void buildGrids();
     void connectRules();
     void loadStaticLists();

@@ -30,7 +30,7 @@ frmAreas::frmAreas(AppContext& ctx, const QVariantMap&, QWidget* parent)
 
     connect(m_add, &QPushButton::clicked, this, [this] { setEditing(true); });
     connect(m_edit, &QPushButton::clicked, this, [this] {
-        if (m_list->currentItem())
+        if (runCommand(this, m_ctx, [this] { requirePickedArea(QStringLiteral("Edit")); }))
             setEditing(true, m_list->currentItem()->text());
     });
     connect(m_save, &QPushButton::clicked, this, &frmAreas::save);
@@ -75,9 +75,19 @@ void frmAreas::save()
     fillList();
 }
 
+// Edit and Delete work on the area picked in the list: without one the desk is told what
+// to pick, instead of a button that seems dead.
+void frmAreas::requirePickedArea(const QString& action) const
+{
+    if (!m_list->currentItem() || !m_list->currentItem()->isSelected())
+        throw CheckFailed(
+            QStringLiteral("No Area to %1. Select an Area in the list first").arg(action),
+            QStringLiteral("lstAreas"));
+}
+
 void frmAreas::removeCurrent()
 {
-    if (!m_list->currentItem())
+    if (!runCommand(this, m_ctx, [this] { requirePickedArea(QStringLiteral("Delete")); }))
         return;
     const QString name = m_list->currentItem()->text();
     if (!m_ctx.prompter().ask(QStringLiteral("Are you sure to Delete Record"),

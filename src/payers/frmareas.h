@@ -23,6 +23,7 @@ public slots:
 private:
     void setEditing(bool on, const QString& oldName = QString());
     void save();
+    void requirePickedArea(const QString& action) const;
     void removeCurrent();
 
     AppContext& m_ctx;

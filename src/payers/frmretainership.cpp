@@ -23,6 +23,8 @@ frmRetainership::frmRetainership(AppContext& ctx, const QVariantMap&, QWidget* p
 {
     setWindowTitle(QStringLiteral("Company Information"));
     ui::FormBuilder f(this);
+    // Who the client is beside what it pays: the list below gets the height.
+    f.sideBySide();
     f.section(QStringLiteral("Company Information"), QStringLiteral("fraClient"));
     m_name = f.text(QStringLiteral("txtName"), QStringLiteral("Company Name"));
     m_client = f.combo(QStringLiteral("cboClient"), QStringLiteral("Client Type"));
@@ -30,6 +32,7 @@ frmRetainership::frmRetainership(AppContext& ctx, const QVariantMap&, QWidget* p
     m_address = f.text(QStringLiteral("txtAddress"), QStringLiteral("Address"));
     m_phone = f.text(QStringLiteral("txtPhone"), QStringLiteral("Phone"));
     m_email = f.text(QStringLiteral("txtEmail"), QStringLiteral("Email"));
+    f.section(QStringLiteral("Terms"), QStringLiteral("fraTerms"));
     m_active = f.combo(QStringLiteral("cboYes"), QStringLiteral("Client Active?"));
     m_monthEnd = f.combo(QStringLiteral("cboNum"), QStringLiteral("Month Ending"));
     m_monthEnd->setToolTip(QStringLiteral("Specify 31 if not Required"));
@@ -143,9 +146,20 @@ QString frmRetainership::currentCell(const QString& column) const
     return grid::currentText(m_grid, column);
 }
 
+// Edit and Delete work on the row picked in the list: without one the desk is told what to
+// pick, instead of a button that seems dead.
+void frmRetainership::requirePickedRow(const QString& action) const
+{
+    if (!m_grid->currentIndex().isValid())
+        throw CheckFailed(
+            QStringLiteral("No Company to %1. Select a Company in the list first").arg(action),
+            QStringLiteral("grdData"));
+}
+
 void frmRetainership::beginEdit()
 {
-    if (m_mode != Mode::View || !m_grid->currentIndex().isValid())
+    if (m_mode != Mode::View ||
+        !runCommand(this, m_ctx, [this] { requirePickedRow(QStringLiteral("Edit")); }))
         return;
     setMode(Mode::Edit);
     m_editing = currentCell(QStringLiteral("retainID"));
@@ -166,7 +180,8 @@ void frmRetainership::beginEdit()
 
 void frmRetainership::save()
 {
-    const bool done = runCommand(this, m_ctx, [this] {
+    bool declined = false;
+    const bool done = runCommand(this, m_ctx, [&] {
         ClientFields f;
         f.retainID = m_editing;
         f.name = m_name->text();
@@ -184,6 +199,18 @@ void frmRetainership::save()
         Retainership::check(f);
         m_monthEnd->setCurrentText(f.monthEnding);
         Retainership clients(m_ctx);
+        // Nothing in the table keeps two clients from one name, but it is nearly always a
+        // company typed in twice: the desk decides.
+        const QString sameName = clients.codeOfName(f.name, f.retainID);
+        if (!sameName.isEmpty() &&
+            !m_ctx.prompter().ask(
+                QStringLiteral("A company with this name already exists (code %1). "
+                               "Save another?")
+                    .arg(sameName),
+                windowTitle())) {
+            declined = true;  // the form stays as typed, nothing is saved
+            return;
+        }
         if (m_mode == Mode::Edit) {
             clients.edit(f);
             m_ctx.prompter().inform(QStringLiteral("Record Succesfully Updated"), windowTitle());
@@ -196,7 +223,7 @@ void frmRetainership::save()
             m_ctx.prompter().inform(added.accountError, windowTitle(), Icon::Critical);
         m_ctx.prompter().inform(QStringLiteral("Record Succesfully saved"), windowTitle());
     });
-    if (!done)
+    if (!done || declined)
         return;
     setMode(Mode::View);
     fillGrid();
@@ -204,6 +231,8 @@ void frmRetainership::save()
 
 void frmRetainership::removeCurrent()
 {
+    if (!runCommand(this, m_ctx, [this] { requirePickedRow(QStringLiteral("Delete")); }))
+        return;
     const QString retainID = currentCell(QStringLiteral("retainID"));
     if (retainID.isEmpty())
         return;

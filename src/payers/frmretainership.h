@@ -32,6 +32,7 @@ public slots:
 private:
     void setMode(Mode mode);
     void clearFields();
+    void requirePickedRow(const QString& action) const;
     void beginEdit();
     void save();
     void removeCurrent();

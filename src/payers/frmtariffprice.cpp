@@ -24,6 +24,7 @@
 #include <QTableView>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 
 namespace tolmar {
@@ -105,6 +106,8 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
 {
     setWindowTitle(kind.title);
     ui::FormBuilder f(this);
+    // The two sections side by side leave the height to the price list.
+    f.sideBySide();
     m_template =
         f.section(QStringLiteral("Create Tariff Template Section"), QStringLiteral("Frame2"));
     m_hmo = f.combo(QStringLiteral("cboHMO"), QStringLiteral("Template for"));
@@ -160,7 +163,7 @@ TariffPriceScreen::TariffPriceScreen(AppContext& ctx, const TariffKind& kind, QW
     m_grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                             QAbstractItemView::AnyKeyPressed);
     m_grid->setItemDelegate(new PriceCellDelegate(m_grid));
-    resize(900, 820);
+    resize(1100, 660);
 
     m_own->addItems({QStringLiteral("YES"), QStringLiteral("NO")});
     m_own->setCurrentIndex(-1);
@@ -260,7 +263,13 @@ void TariffPriceScreen::fillGridHMO()
         m_grid->setModel(m_cells);
         delete oldCells;
         delete oldRows;
-        ui::fitColumns(m_grid, 360);
+        // Narrow enough that the price stands in sight beside the item's name.
+        ui::fitColumns(m_grid, 220);
+        const int item = grid::columnOf(m_cells, m_list->kind().viewItem);
+        if (item >= 0) {
+            m_grid->resizeColumnToContents(item);
+            m_grid->setColumnWidth(item, std::min(m_grid->columnWidth(item), 300));
+        }
         grid::hideColumns(m_grid, {QStringLiteral("SNO"), QStringLiteral("CoyID")});
         UseTariff();
     });

@@ -25,12 +25,21 @@ void PatientAreas::save(const QString& oldName, const QString& name)
         throw CheckFailed(QStringLiteral("Specify Patient Residential Area"),
                           QStringLiteral("txtName"));
     auto conn = m_ctx.openConnection();
+    const CheckFailed taken(QStringLiteral("That area already exists"),
+                            QStringLiteral("txtName"));
     if (oldName.isEmpty()) {
-        conn->exec(QStringLiteral("insert into hPatientArea (AreaName) values (?)"), {area});
+        refuseDuplicate(taken, [&] {
+            conn->exec(QStringLiteral("insert into hPatientArea (AreaName) values (?)"), {area});
+        });
         return;
     }
-    if (conn->exec(QStringLiteral("update hPatientArea set AreaName = ? where AreaName = ?"),
-                   {area, oldName}) == 0)
+    int renamed = 0;
+    refuseDuplicate(taken, [&] {
+        renamed = conn->exec(
+            QStringLiteral("update hPatientArea set AreaName = ? where AreaName = ?"),
+            {area, oldName});
+    });
+    if (renamed == 0)
         throw std::runtime_error(
             QStringLiteral("The area %1 is no longer on the list.").arg(oldName).toStdString());
 }

@@ -12,7 +12,7 @@ public:
     explicit PatientAreas(AppContext& ctx);
     QStringList all();
     // Adds (oldName empty) or renames an area. A blank name is refused with the screen's
-    // message; so is a name already on the list, by the database.
+    // message; a name already on the list with "That area already exists".
     void save(const QString& oldName, const QString& name);
     void remove(const QString& name);
 

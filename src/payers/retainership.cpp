@@ -75,15 +75,23 @@ ClientAdded Retainership::add(ClientFields f)
     out.retainID = genIDNoMain();
     const QString name = listentry::blankBrackets(f.name);
     const QString type = f.clientType.trimmed();
-    m_ctx.openConnection()->exec(
-        QStringLiteral("INSERT INTO hRetainership (retainCode, retainID, RetainDate, retainName, "
-                       "AcctID, ClientType, clientCatID, Contact, Address, PhoneNo, Email, "
-                       "Active, BillEndDate, ConAmount, RegAmount, CardRenewAmount) "
-                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-        {out.retainID, out.retainID, m_ctx.session().serverDate, name, f.acctNo.trimmed(), type,
-         type, f.contact.trimmed(), f.address.trimmed(), f.phone.trimmed(), f.email.trimmed(),
-         f.active.trimmed(), f.monthEnding.trimmed(), amount(f.conAmount), amount(f.regAmount),
-         amount(f.renewAmount)});
+    // Two desks adding at once draw the same code; the second learns it in plain words.
+    const CheckFailed drawnTwice(
+        QStringLiteral("Another desk has just saved a company under code %1. "
+                       "Press Save again to take the next code.")
+            .arg(out.retainID));
+    refuseDuplicate(drawnTwice, [&] {
+        m_ctx.openConnection()->exec(
+            QStringLiteral("INSERT INTO hRetainership (retainCode, retainID, RetainDate, "
+                           "retainName, AcctID, ClientType, clientCatID, Contact, Address, "
+                           "PhoneNo, Email, Active, BillEndDate, ConAmount, RegAmount, "
+                           "CardRenewAmount) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                           "?, ?)"),
+            {out.retainID, out.retainID, m_ctx.session().serverDate, name, f.acctNo.trimmed(),
+             type, type, f.contact.trimmed(), f.address.trimmed(), f.phone.trimmed(),
+             f.email.trimmed(), f.active.trimmed(), f.monthEnding.trimmed(),
+             amount(f.conAmount), amount(f.regAmount), amount(f.renewAmount)});
+    });
     if (m_ctx.session().defaults.AcctPostOn && f.acctNo.trimmed().isEmpty()) {
         try {
             out.accountID =
@@ -94,6 +102,15 @@ ClientAdded Retainership::add(ClientFields f)
     }
     audit(m_ctx, QStringLiteral("Add Client Info: ") + name, out.retainID);
     return out;
+}
+
+QString Retainership::codeOfName(const QString& name, const QString& except)
+{
+    const auto row = m_ctx.db().queryOne(
+        QStringLiteral("select retainID from hRetainership where upper(retainName) = upper(?) "
+                       "and retainID <> COALESCE(?, '') order by retainID LIMIT 1"),
+        {listentry::blankBrackets(name), except});
+    return row ? row->text(u"retainID") : QString();
 }
 
 void Retainership::edit(ClientFields f)

@@ -50,6 +50,8 @@ public:
     // Add: the row, then (posting on, no account typed) the receivable account, then the
     // audit entry. The account's failure is reported in the result, not thrown.
     ClientAdded add(ClientFields f);
+    // The code of another client saved under this name (any case), or "".
+    QString codeOfName(const QString& name, const QString& except = QString());
     // Edit: every field but the code and the account.
     void edit(ClientFields f);
     // Refuses (CheckFailed) while a patient holds the payer. The scheme rows go too unless

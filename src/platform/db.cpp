@@ -141,10 +141,19 @@ QString ServerConfig::describe() const
     return QStringLiteral("PostgreSQL %1:%2/%3").arg(host).arg(port).arg(pgDatabase);
 }
 
-DbError::DbError(const QString& description, const QString& statement)
+DbError::DbError(const QString& description, const QString& statement,
+                 const QString& nativeCode)
     : std::runtime_error(description.toStdString()), m_description(description),
-      m_statement(statement)
+      m_statement(statement), m_nativeCode(nativeCode)
 {
+}
+
+bool DbError::isUniqueViolation() const
+{
+    // PostgreSQL names the case by its SQLSTATE; SQLite gives one code (19) for every kind
+    // of constraint, and only its text tells a unique key from a NOT NULL or a CHECK.
+    return m_nativeCode == QLatin1String("23505") ||
+           m_description.contains(QLatin1String("UNIQUE constraint failed"));
 }
 
 // ---------------------------------------------------------------------------------------
@@ -433,10 +442,10 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         slot->setForwardOnly(true);
         slot->setNumericalPrecisionPolicy(QSql::LowPrecisionDouble);
         if (!slot->prepare(sql)) {
-            const QString err = errorText(slot->lastError());
+            const QSqlError e = slot->lastError();
             m_cache->statements.remove(sql);
             m_sawError = true;
-            throw DbError(err, sql);
+            throw DbError(errorText(e), sql, e.nativeErrorCode());
         }
     }
     std::shared_ptr<QSqlQuery> q = slot;
@@ -447,12 +456,12 @@ std::shared_ptr<QSqlQuery> Connection::run(const QString& sql, const Params& par
         t_observer->statement(*this, sql, Params(bound.begin(), bound.end()));
     }
     if (!q->exec()) {
-        const QString err = errorText(q->lastError());
+        const QSqlError e = q->lastError();
         q->finish();
         // A connection that broke mid-way must not keep a statement prepared on it.
         m_cache->statements.remove(sql);
         m_sawError = true;
-        throw DbError(err, sql);
+        throw DbError(errorText(e), sql, e.nativeErrorCode());
     }
     return q;
 }

@@ -56,13 +56,19 @@ struct ServerConfig {
 // A failed statement or connection. description() is what a user is shown.
 class DbError : public std::runtime_error {
 public:
-    DbError(const QString& description, const QString& statement = QString());
+    DbError(const QString& description, const QString& statement = QString(),
+            const QString& nativeCode = QString());
     const QString& description() const { return m_description; }
     const QString& statement() const { return m_statement; }
+    // The driver's own code: the SQLSTATE on PostgreSQL, the result code on SQLite.
+    const QString& nativeCode() const { return m_nativeCode; }
+    // A row would have repeated a value that a primary or unique key holds already.
+    bool isUniqueViolation() const;
 
 private:
     QString m_description;
     QString m_statement;
+    QString m_nativeCode;
 };
 
 // Column names of a result, looked up without regard to case (PostgreSQL folds unquoted

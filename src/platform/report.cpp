@@ -72,12 +72,16 @@ struct Metrics {
         return QFontMetricsF(f, &printer).lineSpacing();
     }
 
+    QStringList lines(const QFont& f, QPrinter& printer, const QString& text, int col) const
+    {
+        return cellLines(text, QFontMetricsF(f, &printer),
+                         std::max(1.0, width[size_t(col)] - 2 * pad));
+    }
+
     double cellHeight(const QFont& f, QPrinter& printer, const QString& text, int col) const
     {
-        const QRectF box(0, 0, std::max(1.0, width[size_t(col)] - 2 * pad), 1e9);
-        const QRectF r = QFontMetricsF(f, &printer)
-                             .boundingRect(box, Qt::TextWordWrap | Qt::TextWrapAnywhere, text);
-        return r.height() + 2 * pad;
+        const qsizetype n = std::max<qsizetype>(1, lines(f, printer, text, col).size());
+        return double(n) * line(f, printer) + 2 * pad;
     }
 
     double columnCaptionHeight(const ListDocument& doc, QPrinter& printer) const
@@ -108,6 +112,19 @@ Qt::Alignment alignmentOf(Align a)
     case Align::Left: break;
     }
     return Qt::AlignLeft | Qt::AlignTop;
+}
+
+// One cell's lines, top down, each aligned within the cell.
+void paintCell(QPainter& p, const Metrics& m, QPrinter& printer, const QFont& f, int col,
+               double y, const QString& text, Align align)
+{
+    const double h = Metrics::line(f, printer);
+    const double x = m.left[size_t(col)] + m.pad;
+    const double w = m.width[size_t(col)] - 2 * m.pad;
+    for (const QString& l : m.lines(f, printer, text, col)) {
+        p.drawText(QRectF(x, y + m.pad, w, h), alignmentOf(align), l);
+        y += h;
+    }
 }
 
 std::vector<int> paginate(const ListDocument& doc, QPrinter& printer, const Metrics& m,
@@ -153,11 +170,9 @@ double paintHead(QPainter& p, const ListDocument& doc, const Metrics& m, QPrinte
     const double h = m.columnCaptionHeight(doc, printer);
     p.fillRect(QRectF(0, y, m.page.width(), h), kHeaderFill);
     p.setFont(m.header);
-    for (size_t c = 0; c < doc.columns.size(); ++c) {
-        const QRectF cell(m.left[c] + m.pad, y + m.pad, m.width[c] - 2 * m.pad, h - 2 * m.pad);
-        p.drawText(cell, alignmentOf(doc.columns[c].align) | Qt::TextWordWrap,
-                   doc.columns[c].caption);
-    }
+    for (size_t c = 0; c < doc.columns.size(); ++c)
+        paintCell(p, m, printer, m.header, int(c), y, doc.columns[c].caption,
+                  doc.columns[c].align);
     p.setPen(QPen(kRule, 0));
     p.drawLine(QPointF(0, y), QPointF(m.page.width(), y));
     p.drawLine(QPointF(0, y + h), QPointF(m.page.width(), y + h));
@@ -182,6 +197,28 @@ void paintFoot(QPainter& p, const ListDocument& doc, const Metrics& m, QPrinter&
 }
 
 }  // namespace
+
+QStringList cellLines(const QString& text, const QFontMetricsF& metrics, double width)
+{
+    QStringList out;
+    for (const QString& paragraph : text.split(QLatin1Char('\n'))) {
+        QString current;
+        for (const QString& word : paragraph.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            const QString fitted = metrics.horizontalAdvance(word) <= width
+                                       ? word
+                                       : metrics.elidedText(word, Qt::ElideRight, width);
+            const QString joined = current.isEmpty() ? fitted : current + QLatin1Char(' ') + fitted;
+            if (current.isEmpty() || metrics.horizontalAdvance(joined) <= width) {
+                current = joined;
+            } else {
+                out << current;
+                current = fitted;
+            }
+        }
+        out << current;
+    }
+    return out;
+}
 
 void preparePrinter(const ListDocument& doc, QPrinter& printer)
 {
@@ -220,14 +257,8 @@ void paint(const ListDocument& doc, QPrinter& printer)
             if ((r - first) % 2 == 1)
                 p.fillRect(QRectF(0, y, m.page.width(), h), kStripe);
             const QStringList& cells = doc.rows[size_t(r)];
-            for (int c = 0; c < int(doc.columns.size()) && c < cells.size(); ++c) {
-                const QRectF cell(m.left[size_t(c)] + m.pad, y + m.pad,
-                                  m.width[size_t(c)] - 2 * m.pad, h - 2 * m.pad);
-                p.drawText(cell,
-                           alignmentOf(doc.columns[size_t(c)].align) | Qt::TextWordWrap |
-                               Qt::TextWrapAnywhere,
-                           cells[c]);
-            }
+            for (int c = 0; c < int(doc.columns.size()) && c < cells.size(); ++c)
+                paintCell(p, m, printer, m.body, c, y, cells[c], doc.columns[size_t(c)].align);
             y += h;
         }
         if (page == pages - 1 && !doc.summary.isEmpty()) {

@@ -10,6 +10,7 @@
 
 #include <vector>
 
+class QFontMetricsF;
 class QPrinter;
 class QWidget;
 
@@ -33,6 +34,10 @@ struct ListDocument {
     QString summary;                // a closing line under the last row, if any
     bool landscape = false;
 };
+
+// The lines a cell prints in a column this wide: broken between words only, a word too long
+// for the column shortened with "…" rather than split across two lines.
+QStringList cellLines(const QString& text, const QFontMetricsF& metrics, double width);
 
 // How the rows fall onto pages of this printer: the index of the first row of each page.
 std::vector<int> pageStarts(const ListDocument& doc, QPrinter& printer);

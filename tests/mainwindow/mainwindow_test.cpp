@@ -2,6 +2,7 @@
 // load sequence with the expiry sweep, the timers, the button strip's checks, the debt
 // panel, the Window menu, and the ways a run ends.
 #include "mainwindowfixture.h"
+#include "support/screenkit.h"
 
 #include "core/idgen.h"
 #include "platform/local.h"
@@ -508,6 +509,50 @@ TEST_P(MainWindowStrip, ManagementGetsTheLocationScreenModally)
     child<QPushButton>(QStringLiteral("cmdLoc"))->click();
     EXPECT_EQ(seen, QStringLiteral("frmLocIP"));
     EXPECT_TRUE(desk->prompter.messages().empty()) << desk->prompter.lastText().toStdString();
+}
+
+TEST_P(MainWindowStrip, NewLocationPutsTheListAsideAndItsCloseBringsTheListBack)
+{
+    local::createKeyDb(ws->homePath(QStringLiteral("key.db")));
+    open();
+    // New on the list of servers: the list goes, the edit screen comes, nothing modal stays
+    // over it. (Closed here if it did stay, so that the test fails instead of waiting.)
+    QString leftModal;
+    QTimer::singleShot(0, [&] {
+        if (QWidget* list = QApplication::activeModalWidget())
+            click(list, "cmdNew");
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            leftModal = modal->objectName();
+            modal->close();
+        }
+    });
+    child<QPushButton>(QStringLiteral("cmdLoc"))->click();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(leftModal, QString());
+    EXPECT_EQ(desk->ctx.screens().find(QStringLiteral("frmLocIP")), nullptr);
+    QWidget* edit = desk->ctx.screens().find(QStringLiteral("frmLocNew"));
+    ASSERT_NE(edit, nullptr);
+    // Its controls take the mouse and the keys: a location is added through them.
+    click(edit, "cmdAdd");
+    QTest::keyClicks(tolmar::test::edit(edit, "txtID"), QStringLiteral("10.0.0.9"));
+    QTest::keyClicks(tolmar::test::edit(edit, "txtName"), QStringLiteral("annex"));
+    click(edit, "OKButton");
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
+
+    // Close: the list of servers comes back, modally, with the new entry.
+    QString back;
+    int entries = -1;
+    click(edit, "CancelButton");
+    QTimer::singleShot(0, [&] {
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            back = modal->objectName();
+            entries = combo(modal, "cboVehNo")->count();
+            modal->close();
+        }
+    });
+    QTest::qWait(20);
+    EXPECT_EQ(back, QStringLiteral("frmLocIP"));
+    EXPECT_EQ(entries, 1);
 }
 
 TEST_P(MainWindowStrip, FeeAndCommentsNeedAPatientOnScreen)

@@ -110,11 +110,15 @@ TEST_P(MenuReports, DailyRegistrationListsTodaysNewPatients)
                QStringLiteral("0001"), today.addYears(1), 0, today);
     addPatient(QStringLiteral("001/000000002"), QStringLiteral("EZE"), QStringLiteral("JOHN"),
                QStringLiteral("0004"), QVariant(), 0, today.addDays(-2));
+    // The patient row keeps the registering officer's employee id.
+    ws->exec(QStringLiteral("UPDATE hPatients SET Username = ?"), {QStringLiteral("EMP001")});
     open();
     action(QStringLiteral("mnuDR"))->trigger();
     DataReportView* v = only();
     ASSERT_NE(v, nullptr);
     EXPECT_EQ(v->objectName(), QStringLiteral("rptNewReg"));
+    // Named as the attendance list names who took a visit: by user name.
+    EXPECT_EQ(column(v, QStringLiteral("Registered By")), QStringList{QStringLiteral("demo")});
     EXPECT_EQ(v->windowTitle(), QStringLiteral("Patients Registration for Today"));
     EXPECT_EQ(column(v, QStringLiteral("System No")),
               QStringList{QStringLiteral("001/000000001")});

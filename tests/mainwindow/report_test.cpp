@@ -5,6 +5,7 @@
 #include "platform/report.h"
 #include "reports/listlayouts.h"
 
+#include <QFontMetricsF>
 #include <QPrinter>
 #include <QProcess>
 #include <QStandardPaths>
@@ -199,6 +200,41 @@ TEST(ListLayouts, EveryNamedLayoutExists)
         EXPECT_FALSE(l->title.isEmpty()) << name;
     }
     EXPECT_EQ(reports::findListLayout(QStringLiteral("rptNoSuchThing")), nullptr);
+}
+
+TEST(ListCells, BreakBetweenWordsAndShortenAWordTooLongForTheColumn)
+{
+    QFont f(QStringLiteral("DejaVu Sans"));
+    f.setPointSizeF(7.5);
+    const QFontMetricsF fm(f);
+    const auto width = [&](const char* text) {
+        return fm.horizontalAdvance(QString::fromUtf8(text));
+    };
+    struct Case {
+        const char* text;
+        double width;
+        QStringList lines;
+    };
+    const Case cases[] = {
+        // Lines break before a whole word, never inside one ("…INSURANCE S / CHEME").
+        {"FEDERAL STAFF HEALTH INSURANCE SCHEME", width("HEALTH INSURANCE") + 1,
+         {QStringLiteral("FEDERAL STAFF"), QStringLiteral("HEALTH INSURANCE"),
+          QStringLiteral("SCHEME")}},
+        {"O'DEX & SONS (NIG) LTD", width("O'DEX & SONS (NIG) LTD") + 1,
+         {QStringLiteral("O'DEX & SONS (NIG) LTD")}},
+        {"", 40, {QString()}},
+        {"TWO\nLINES", 400, {QStringLiteral("TWO"), QStringLiteral("LINES")}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(report::cellLines(QString::fromUtf8(c.text), fm, c.width), c.lines);
+    }
+    // A word longer than the column is shortened with an ellipsis, never split.
+    const QStringList cut =
+        report::cellLines(QStringLiteral("OKWUDILICHUKWU"), fm, width("OKWUDI"));
+    ASSERT_EQ(cut.size(), 1);
+    EXPECT_TRUE(cut[0].endsWith(QChar(0x2026))) << cut[0].toStdString();
+    EXPECT_LE(fm.horizontalAdvance(cut[0]), width("OKWUDI"));
 }
 
 TEST_P(ListReports, AnUnwritableFileIsAnError)

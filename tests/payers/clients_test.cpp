@@ -5,6 +5,7 @@
 #include "support/workspace.h"
 
 #include "billing/frmrevacctselect.h"
+#include "core/command.h"
 #include "core/financialperiod.h"
 #include "core/sheetexport.h"
 #include "payers/frmareas.h"
@@ -158,6 +159,111 @@ TEST_P(Clients, SaveChecksInOrderThenAddsWithTheNextCode)
     EXPECT_EQ(rowCount(grid), 0);
     child<QLineEdit>(&screen, "txtSearch")->clear();
     EXPECT_EQ(rowCount(grid), count(QStringLiteral("SELECT count(*) FROM hRetainership")));
+}
+
+TEST_P(Clients, EditAndDeleteWithNothingPickedSayWhatToPick)
+{
+    start();
+    frmRetainership clients(desk->ctx);
+    frmAreas areas(desk->ctx);
+    // One client left on the list, none picked: the buttons still say what to do first.
+    QTest::keyClicks(child<QLineEdit>(&clients, "txtSearch"), "hylova");
+    ASSERT_EQ(rowCount(child<QTableView>(&clients, "grdData")), 1);
+    const int payers = count(QStringLiteral("SELECT count(*) FROM hRetainership"));
+    const int areasBefore = count(QStringLiteral("SELECT count(*) FROM hPatientArea"));
+    struct Case {
+        QWidget* screen;
+        const char* button;
+        const char* message;
+        const char* focus;
+    };
+    const Case cases[] = {
+        {&clients, "cmdEdit", "No Company to Edit. Select a Company in the list first", "grdData"},
+        {&clients, "cmdDel", "No Company to Delete. Select a Company in the list first",
+         "grdData"},
+        {&areas, "cmdEdit", "No Area to Edit. Select an Area in the list first", "lstAreas"},
+        {&areas, "cmdDel", "No Area to Delete. Select an Area in the list first", "lstAreas"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.button);
+        c.screen->show();
+        desk->prompter.clear();
+        click(c.screen, c.button);
+        EXPECT_EQ(desk->prompter.informs(), QStringList{QString::fromLatin1(c.message)});
+        EXPECT_EQ(c.screen->focusWidget()->objectName(), QString::fromLatin1(c.focus));
+        EXPECT_TRUE(child<QPushButton>(c.screen, "cmdAdd")->isEnabled());  // still browsing
+    }
+    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership")), payers);
+    EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hPatientArea")), areasBefore);
+}
+
+TEST_P(Clients, ACompanyNameAlreadyOnTheListIsSavedAgainOnlyOnYes)
+{
+    start();
+    Retainership(desk->ctx).add(fields(QStringLiteral("ACME [NIG] LTD")));  // 0016
+    frmRetainership screen(desk->ctx);
+    screen.show();
+    const QString question =
+        QStringLiteral("A company with this name already exists (code 0016). Save another?");
+    // No keeps the form as typed and writes nothing; Yes saves a second client.
+    for (const bool yes : {false, true}) {
+        SCOPED_TRACE(yes);
+        if (screen.mode() == frmRetainership::Mode::View) {
+            click(&screen, "cmdAdd");
+            QTest::keyClicks(child<QLineEdit>(&screen, "txtName"), "acme  nig  ltd");
+            child<QComboBox>(&screen, "cboClient")->setCurrentText(QStringLiteral("COMPANY"));
+            QTest::keyClicks(child<QLineEdit>(&screen, "txtAddress"), "1 MARINA");
+            child<QComboBox>(&screen, "cboYes")->setCurrentText(QStringLiteral("YES"));
+        }
+        desk->prompter.clear();
+        yes ? desk->prompter.answerYes() : desk->prompter.answerNo();
+        click(&screen, "OKButton");
+        ASSERT_FALSE(desk->prompter.messages().empty());
+        EXPECT_EQ(desk->prompter.messages().front().text, question);
+        EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hRetainership WHERE "
+                                       "upper(retainName) = ?"),
+                        {QStringLiteral("ACME  NIG  LTD")}),
+                  yes ? 2 : 1);
+        EXPECT_EQ(screen.mode(),
+                  yes ? frmRetainership::Mode::View : frmRetainership::Mode::Add);
+    }
+    EXPECT_EQ(text(QStringLiteral("SELECT max(retainID) FROM hRetainership WHERE "
+                                  "retainName = ?"),
+                   {QStringLiteral("acme  nig  ltd")}),
+              QStringLiteral("0017"));
+}
+
+TEST_P(Clients, ACodeAnotherDeskTookMeanwhileIsRefusedInWords)
+{
+    start();
+    // Another desk saves under the same code between this desk's count and its insert.
+    struct OtherDesk : db::StatementObserver {
+        const Workspace* ws = nullptr;
+        bool done = false;
+        void statement(const db::Connection&, const QString& sql, const db::Params& p) override
+        {
+            if (done || !sql.startsWith(QLatin1String("INSERT INTO hRetainership")))
+                return;
+            done = true;
+            ws->exec(QStringLiteral("INSERT INTO hRetainership (retainID, retainCode, "
+                                    "retainName) VALUES (?, ?, ?)"),
+                     {p.at(1), p.at(0), QStringLiteral("OTHER DESK")});
+        }
+    } other;
+    other.ws = ws.get();
+    db::observeStatements(&other);
+    std::optional<QString> refusal;
+    try {
+        Retainership(desk->ctx).add(fields(QStringLiteral("NEW CLIENT")));
+    } catch (const CheckFailed& refused) {
+        refusal = refused.message();
+    }
+    db::observeStatements(nullptr);
+    EXPECT_EQ(refusal, QStringLiteral("Another desk has just saved a company under code 0016. "
+                                      "Press Save again to take the next code."));
+    EXPECT_EQ(text(QStringLiteral("SELECT retainName FROM hRetainership WHERE retainID = ?"),
+                   {QStringLiteral("0016")}),
+              QStringLiteral("OTHER DESK"));
 }
 
 TEST_P(Clients, EditWritesTheFieldsButNeitherCodeNorAccount)
@@ -412,13 +518,20 @@ TEST_P(Clients, AreasAreAddedRenamedAndDeleted)
               1);
     EXPECT_EQ(list->findItems(QStringLiteral("YABA-SABO"), Qt::MatchExactly).size(), 1);
 
-    // A name already on the list is refused and the screen stays as it was.
-    click(&screen, "cmdAdd");
-    child<QLineEdit>(&screen, "txtName")->setText(QStringLiteral("IKEJA"));
-    click(&screen, "OKButton");
-    EXPECT_EQ(desk->prompter.last()->icon, Icon::Critical);
-    EXPECT_EQ(child<QLineEdit>(&screen, "txtName")->text(), QStringLiteral("IKEJA"));
-    click(&screen, "cmdCancel");
+    // A name already on the list, added or renamed to, is refused in words the desk can
+    // act on; the name stays typed and nothing is written.
+    for (const char* start : {"cmdAdd", "cmdEdit"}) {
+        SCOPED_TRACE(start);
+        list->setCurrentItem(list->findItems(QStringLiteral("OJUELEGBA"), Qt::MatchExactly)[0]);
+        click(&screen, start);
+        child<QLineEdit>(&screen, "txtName")->setText(QStringLiteral("IKEJA"));
+        click(&screen, "OKButton");
+        EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("That area already exists"));
+        EXPECT_EQ(screen.focusWidget(), child<QLineEdit>(&screen, "txtName"));
+        EXPECT_EQ(child<QLineEdit>(&screen, "txtName")->text(), QStringLiteral("IKEJA"));
+        EXPECT_EQ(count(QStringLiteral("SELECT count(*) FROM hPatientArea")), before + 1);
+        click(&screen, "cmdCancel");
+    }
 
     list->setCurrentItem(list->findItems(QStringLiteral("OJUELEGBA"), Qt::MatchExactly).front());
     desk->prompter.answerYes();

@@ -32,6 +32,7 @@ QGroupBox* FormBuilder::section(const QString& title, const QString& name)
 {
     m_buttons = nullptr;
     if (title.isEmpty()) {
+        m_band = nullptr;
         m_fields = new QFormLayout;
         m_root->addLayout(m_fields);
         return nullptr;
@@ -40,8 +41,17 @@ QGroupBox* FormBuilder::section(const QString& title, const QString& name)
     if (!name.isEmpty())
         box->setObjectName(name);
     m_fields = new QFormLayout(box);
-    m_root->addWidget(box);
+    if (m_band)
+        m_band->addWidget(box, 1, Qt::AlignTop);
+    else
+        m_root->addWidget(box);
     return box;
+}
+
+void FormBuilder::sideBySide()
+{
+    m_band = new QHBoxLayout;
+    m_root->addLayout(m_band);
 }
 
 QFormLayout* FormBuilder::fields()
@@ -58,6 +68,7 @@ QHBoxLayout* FormBuilder::buttons()
         m_buttons = new QHBoxLayout;
         m_buttons->addStretch(1);
         m_root->addLayout(m_buttons);
+        m_band = nullptr;
         // Fields after a button row start a section of their own.
         m_fields = nullptr;
     }
@@ -150,6 +161,7 @@ QTableView* FormBuilder::grid(const QString& name)
     m_root->addWidget(view, 1);
     m_fields = nullptr;
     m_buttons = nullptr;
+    m_band = nullptr;
     return view;
 }
 

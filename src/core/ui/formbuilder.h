@@ -39,6 +39,9 @@ public:
 
     // Starts a new field section; with a title it is framed as a group box.
     QGroupBox* section(const QString& title = QString(), const QString& name = QString());
+    // Framed sections from here on stand side by side in one band, until a button row, a
+    // grid or an untitled section: what a screen wants the height for goes below them.
+    void sideBySide();
 
     QLineEdit* text(const QString& name, const QString& label,
                     LetterCase letterCase = LetterCase::AsTyped);
@@ -67,6 +70,7 @@ private:
     QVBoxLayout* m_root;
     QFormLayout* m_fields = nullptr;
     QHBoxLayout* m_buttons = nullptr;
+    QHBoxLayout* m_band = nullptr;
 };
 
 // Text typed into the box turns to capitals as it is typed, keeping the cursor in place.
