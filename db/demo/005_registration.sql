@@ -3,24 +3,25 @@
 -- service price list.
 --@db HOSPITAL
 
+-- Clinic IDs are short codes, unlike the names the desk picks and the visits keep.
 INSERT INTO clinicTypes (ClinicID, clinicName, regfee, ConFee, Designation, empID, clinicdays)
 VALUES
-    ('GENERAL', 'GENERAL', 2000, 3000, 'GENERAL PRACTITIONER', 'DOC001', 'MON - FRI'),
-    ('PAEDIATRICS', 'PAEDIATRICS', 2000, 5000, 'PAEDIATRICIAN', 'DOC002', 'MON, WED'),
-    ('ANTE-NATAL', 'ANTE-NATAL', 2000, 4000, 'OBSTETRICIAN', 'DOC003', 'TUE, THU'),
-    ('EYE CLINIC', 'EYE CLINIC', 2000, 6000, 'OPHTHALMOLOGIST', 'DOC004', 'FRI'),
-    ('(IN-PATIENT)', '(IN-PATIENT)', 0, 0, 'ADMISSIONS', 'DOC001', '');
+    ('GEN', 'GENERAL', 2000, 3000, 'GENERAL PRACTITIONER', 'DOC001', 'MON - FRI'),
+    ('PAED', 'PAEDIATRICS', 2000, 5000, 'PAEDIATRICIAN', 'DOC002', 'MON, WED'),
+    ('ANC', 'ANTE-NATAL', 2000, 4000, 'OBSTETRICIAN', 'DOC003', 'TUE, THU'),
+    ('EYE', 'EYE CLINIC', 2000, 6000, 'OPHTHALMOLOGIST', 'DOC004', 'FRI'),
+    ('INPAT', '(IN-PATIENT)', 0, 0, 'ADMISSIONS', 'DOC001', '');
 
 INSERT INTO Weekdays (SNo, WkDay) VALUES
     (1, 'SUNDAY'), (2, 'MONDAY'), (3, 'TUESDAY'), (4, 'WEDNESDAY'), (5, 'THURSDAY'),
     (6, 'FRIDAY'), (7, 'SATURDAY');
 
 INSERT INTO clinicDays (ClinicDay, StartTime, ClinicID, NumOfPat) VALUES
-    ('MONDAY', '9:00 AM', 'PAEDIATRICS', 30),
-    ('WEDNESDAY', '9:00 AM', 'PAEDIATRICS', 30),
-    ('TUESDAY', '10:00 AM', 'ANTE-NATAL', 0),
-    ('THURSDAY', '10:00 AM', 'ANTE-NATAL', 0),
-    ('FRIDAY', '8:30 AM', 'EYE CLINIC', 20);
+    ('MONDAY', '9:00 AM', 'PAED', 30),
+    ('WEDNESDAY', '9:00 AM', 'PAED', 30),
+    ('TUESDAY', '10:00 AM', 'ANC', 0),
+    ('THURSDAY', '10:00 AM', 'ANC', 0),
+    ('FRIDAY', '8:30 AM', 'EYE', 20);
 
 INSERT INTO hConsultingRooms (ConRmName, Location) VALUES
     ('RM 1', 'GRD FLR'), ('RM 2', 'GRD FLR'), ('RM 3', '1ST FLR'), ('RM 4', '1ST FLR');
@@ -37,8 +38,8 @@ INSERT INTO UserRoles (RoleID, Username) VALUES
     (5, 'dr.eze'), (5, 'dr.bakare'), (5, 'dr.musa'), (5, 'dr.oyelaran');
 
 INSERT INTO userRoleClinic (Username, ClinicID) VALUES
-    ('dr.eze', 'GENERAL'), ('dr.bakare', 'GENERAL'), ('dr.bakare', 'PAEDIATRICS'),
-    ('dr.musa', 'ANTE-NATAL'), ('dr.musa', 'GENERAL'), ('dr.oyelaran', 'EYE CLINIC');
+    ('dr.eze', 'GEN'), ('dr.bakare', 'GEN'), ('dr.bakare', 'PAED'),
+    ('dr.musa', 'ANC'), ('dr.musa', 'GEN'), ('dr.oyelaran', 'EYE');
 
 INSERT INTO employees (empID, lastname, firstname, deptID, designation) VALUES
     ('EMP001', 'OKAFOR', 'ADAEZE', 'RECORDS', 'RECORDS OFFICER'),

@@ -76,7 +76,7 @@ void checkSchema(AppContext& ctx)
 {
     db::SchemaMigrator migrator(ctx.session().server);
     const int current = migrator.currentVersion();
-    const int latest = db::latestSchemaVersion(ctx.session().server.backend);
+    const int latest = db::latestSchemaVersion();
     if (current == latest)
         return;
     if (current > latest)

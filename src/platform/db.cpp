@@ -1,5 +1,6 @@
 #include "platform/db.h"
 
+#include "platform/schema.h"
 #include "platform/sqlsplit.h"
 
 #include <QAtomicInteger>
@@ -512,9 +513,8 @@ void Connection::openSqlite()
              {sqlitePath(dir, other)});
     }
     // Views that read across databases can only be temporary on SQLite.
-    QFile views(QStringLiteral(":/db/schema/sqlite/connection/%1.sql").arg(databaseName(m_db)));
-    if (views.open(QIODevice::ReadOnly))
-        execScript(QString::fromUtf8(views.readAll()));
+    for (const QString& view : eachConnectionStatements(m_db))
+        execScript(view);
 }
 
 void Connection::openPostgres()

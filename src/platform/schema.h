@@ -1,13 +1,16 @@
 #pragma once
-// Versioned schema migrations, one folder per backend, compiled into the program:
-//   db/schema/sqlite/NNN_name.sql, db/schema/postgres/NNN_name.sql
-// A file is split into sections by lines "--@db NAME" (HOSPITAL, Accounting, ...); the
-// statements of a section run in that database. The versions applied are recorded in
-// HOSPITAL's schema_version table.
+// Versioned schema migrations compiled into the program, each step one file for both
+// backends: db/schema/NNN_name.sql. A file is split into sections by lines "--@db NAME"
+// (HOSPITAL, Accounting, ...); the statements of a section run in that database. A line
+// "--@each-connection" marks the views after it (to the next "--@db") as reading another
+// database: a view in the schema on PostgreSQL, a temporary view that every connection of
+// that database makes on SQLite. Where the backends spell a thing differently the file says
+// $TOKEN (see expandSchema). The versions applied are recorded in HOSPITAL's schema_version.
 
 #include "platform/db.h"
 
 #include <QString>
+#include <QStringList>
 #include <vector>
 
 namespace tolmar::db {
@@ -18,9 +21,18 @@ struct Migration {
     QString resource;  // where the text lives
 };
 
-// The migrations compiled into this program for a backend, by version.
-std::vector<Migration> availableMigrations(Backend backend);
-int latestSchemaVersion(Backend backend);
+// The migrations compiled into this program, by version.
+std::vector<Migration> availableMigrations();
+int latestSchemaVersion();
+
+// A schema text for one backend: $ID (identity key), $SMALLINT, $REAL, $DATE, $TIMESTAMP,
+// $BLOB, $TODAY, $NOW, $MONTHDAY(date) ("MM-DD") and $YEARS(later, earlier) (whole years)
+// become that backend's words. Throws DbError on a token it does not know.
+QString expandSchema(const QString& text, Backend backend);
+
+// The statements an SQLite connection to this database runs as it opens (the views of
+// "--@each-connection" sections, as temporary views).
+const QStringList& eachConnectionStatements(Database db);
 
 class SchemaMigrator {
 public:

@@ -18,8 +18,6 @@ using namespace tolmar;
 using namespace tolmar::billing;
 using namespace tolmar::test;
 
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
-
 namespace {
 
 const QDate kToday(2026, 11, 23);
@@ -31,11 +29,6 @@ protected:
     {
         BackendTest::SetUp();
         conn = ws->connect();
-    }
-    void TearDown() override
-    {
-        conn.reset();
-        BackendTest::TearDown();
     }
     db::Row onlyLine()
     {
@@ -242,13 +235,7 @@ protected:
         ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname, CoyName) "
                                 "VALUES (?, 'ADE', '0001')"),
                  {kPno});
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
-    }
-    void TearDown() override
-    {
-        desk.reset();
-        BackendTest::TearDown();
     }
     void addBill(const QString& client, double billed, double debtBF, double discount,
                  double paid)
@@ -269,7 +256,6 @@ protected:
                           {kPno})
             .toDouble();
     }
-    std::unique_ptr<Desk> desk;
 
 private:
     int m_bills = 0;
@@ -277,65 +263,46 @@ private:
 
 }  // namespace
 
-TEST_P(DebtBroughtForward, ADebtOfTheLatestPrivateBillFlashes)
+TEST_P(DebtBroughtForward, TheLatestBillsBalanceIsStoredAndShownWhenItMatters)
 {
-    addBill(QStringLiteral("0001"), 9999, 0, 0, 0);  // older bills do not count
-    addBill(QStringLiteral("0001"), 2000, 500, 100, 1149.5);
-    const DebtOutcome d = compute();
-    EXPECT_DOUBLE_EQ(d.balance, 1250.5);
-    EXPECT_EQ(d.caption, QStringLiteral("Debt: 1,250.50"));
-    EXPECT_DOUBLE_EQ(patient("Debt"), 1250.5);
-    EXPECT_DOUBLE_EQ(patient("DebtBF"), 1250.5);
-    EXPECT_EQ(patient("isRev"), 1);
-    EXPECT_DOUBLE_EQ(desk->ctx.session().currentBalance, 1250.5);
-    EXPECT_TRUE(desk->ctx.session().debtShown);
-}
-
-TEST_P(DebtBroughtForward, ACreditShowsAsCredit)
-{
-    addBill(QStringLiteral("0001"), 1000, 0, 0, 2250.5);
-    const DebtOutcome d = compute();
-    EXPECT_DOUBLE_EQ(d.balance, -1250.5);
-    EXPECT_EQ(d.caption, QStringLiteral("Credit: 1,250.50"));
-    EXPECT_TRUE(desk->ctx.session().debtShown);
-}
-
-TEST_P(DebtBroughtForward, ZeroCompanyAndNoBillAllWriteZeroAndStayQuiet)
-{
-    EXPECT_DOUBLE_EQ(compute().balance, 0);  // no bill at all
-    EXPECT_EQ(patient("isRev"), 1);
-
-    addBill(QStringLiteral("0001"), 5000, 0, 0, 0);  // unpaid, but not the latest
-    addBill(QStringLiteral("0002"), 3000, 0, 0, 0);
-    ws->exec(QStringLiteral("UPDATE hPatients SET Debt = 77, isRev = 0 WHERE PNo = ?"), {kPno});
-    const DebtOutcome d = compute();
-    EXPECT_DOUBLE_EQ(d.balance, 0);
-    EXPECT_FALSE(d.shown());
-    EXPECT_DOUBLE_EQ(patient("Debt"), 0);
-    EXPECT_EQ(patient("isRev"), 1);
-    EXPECT_FALSE(desk->ctx.session().debtShown);
-
-    addBill(QStringLiteral("0001"), 100, 0, 0, 100);
-    EXPECT_EQ(compute().caption, QString());
-}
-
-TEST_P(DebtBroughtForward, ATinyBalanceIsStoredButShowsNothing)
-{
-    addBill(QStringLiteral("0001"), 0.004, 0, 0, 0);
-    const DebtOutcome d = compute();
-    EXPECT_DOUBLE_EQ(d.balance, 0.004);
-    EXPECT_DOUBLE_EQ(patient("DebtBF"), 0.004);
-    EXPECT_FALSE(d.shown());
-    EXPECT_FALSE(desk->ctx.session().debtShown);
-}
-
-TEST_P(DebtBroughtForward, NullAmountsCountAsZero)
-{
-    ws->exec(QStringLiteral("INSERT INTO Billing (billNo, PNo, ClientID, AmountBilled, DebtBF, "
-                            "Discount, AmountPaid) VALUES ('B9', ?, '0001', 700, NULL, NULL, "
-                            "NULL)"),
-             {kPno});
-    EXPECT_EQ(compute().caption, QStringLiteral("Debt: 700.00"));
+    struct Bill {
+        const char* client;
+        QVariant billed, debtBF, discount, paid;
+    };
+    const struct {
+        std::vector<Bill> bills;  // oldest first
+        double balance;
+        const char* caption;
+    } cases[] = {
+        {{}, 0, ""},
+        // Older bills do not count.
+        {{{"0001", 9999, 0, 0, 0}, {"0001", 2000, 500, 100, 1149.5}}, 1250.5, "Debt: 1,250.50"},
+        {{{"0001", 1000, 0, 0, 2250.5}}, -1250.5, "Credit: 1,250.50"},
+        // The latest bill is a company's: nothing is carried.
+        {{{"0001", 5000, 0, 0, 0}, {"0002", 3000, 0, 0, 0}}, 0, ""},
+        {{{"0001", 100, 0, 0, 100}}, 0, ""},
+        {{{"0001", 0.004, 0, 0, 0}}, 0.004, ""},  // stored, too small to show
+        {{{"0001", 700, QVariant(), QVariant(), QVariant()}}, 700, "Debt: 700.00"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.balance);
+        ws->exec(QStringLiteral("DELETE FROM Billing"));
+        ws->exec(QStringLiteral("UPDATE hPatients SET Debt = 77, DebtBF = 77, isRev = 0"));
+        for (const Bill& b : c.bills)
+            ws->exec(QStringLiteral("INSERT INTO Billing (billNo, PNo, ClientID, AmountBilled, "
+                                    "DebtBF, Discount, AmountPaid) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                     {QStringLiteral("B%1").arg(&b - c.bills.data()), kPno,
+                      QString::fromLatin1(b.client), b.billed, b.debtBF, b.discount, b.paid});
+        const DebtOutcome d = compute();
+        EXPECT_DOUBLE_EQ(d.balance, c.balance);
+        EXPECT_EQ(d.caption, QString::fromLatin1(c.caption));
+        EXPECT_EQ(d.shown(), *c.caption != 0);
+        EXPECT_EQ(desk->ctx.session().debtShown, *c.caption != 0);
+        EXPECT_DOUBLE_EQ(desk->ctx.session().currentBalance, c.balance);
+        EXPECT_DOUBLE_EQ(patient("Debt"), c.balance);
+        EXPECT_DOUBLE_EQ(patient("DebtBF"), c.balance);
+        EXPECT_EQ(patient("isRev"), 1);
+    }
 }
 
 TEST_P(DebtBroughtForward, TheMainWindowFlashesADebtAndGoesQuietForNone)
@@ -375,24 +342,16 @@ protected:
     void SetUp() override
     {
         BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
         screen = std::make_unique<frmInstantFee>(desk->ctx);
         list = screen->findChild<QListWidget*>(QStringLiteral("LstDate"));
         ASSERT_NE(list, nullptr);
-    }
-    void TearDown() override
-    {
-        screen.reset();
-        desk.reset();
-        BackendTest::TearDown();
     }
     void process()
     {
         QTest::mouseClick(screen->findChild<QPushButton*>(QStringLiteral("cmdProcess")),
                           Qt::LeftButton);
     }
-    std::unique_ptr<Desk> desk;
     std::unique_ptr<frmInstantFee> screen;
     QListWidget* list = nullptr;
 };

@@ -13,16 +13,7 @@ using namespace tolmar::test;
 
 namespace {
 
-class OwnConnections : public BackendTest {
-protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
-    void TearDown() override { desk.reset(); }
-    std::unique_ptr<Desk> desk;
-};
+class OwnConnections : public BackendTest {};
 
 TEST_P(OwnConnections, CleanOneIsKeptForTheNextCommandOfTheSameDatabase)
 {

@@ -4,6 +4,7 @@
 
 #include "core/appdefaults.h"
 #include "core/startup.h"
+#include "platform/schema.h"
 
 #include <QDir>
 
@@ -189,16 +190,42 @@ TEST_P(Startup, ServerClockComesFromTheDatabaseWhenNotFixed)
     EXPECT_LT(std::abs(ctx.session().serverDateTime.secsTo(QDateTime::currentDateTime())), 120);
 }
 
-TEST_P(Startup, NewerDatabaseIsRefused)
+TEST_P(Startup, ANewerDatabaseIsRefusedAndAnOlderOneUpgradedWhenTheDeskAgrees)
 {
-    ws->exec(QStringLiteral("INSERT INTO schema_version (version, name, applied_at) "
-                            "VALUES (?, ?, ?)"),
-             {999, QStringLiteral("future"), QStringLiteral("2030-01-01 00:00:00")});
-    Desk d(*ws);
-    ws->writeSettings();
-    const auto r = start(d);
-    EXPECT_EQ(r.outcome, StartupResult::Fatal);
-    EXPECT_EQ(r.exitCode, kExitSchema);
+    const int latest = db::latestSchemaVersion();
+    const struct {
+        int version;  // what the database says it is
+        bool answer;
+        StartupResult::Outcome outcome;
+        const char* says;  // the start of the last message
+    } cases[] = {
+        {999, true, StartupResult::Fatal, "The database is of version 999, newer than this"},
+        {latest - 1, false, StartupResult::Fatal, "The database was not upgraded"},
+        // The question is the last thing said, and the missing step runs again.
+        {latest - 1, true, StartupResult::Ok, "The database is of version"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.version);
+        ws->exec(QStringLiteral("DELETE FROM schema_version WHERE version >= ?"),
+                 {std::min(c.version, latest) + 1});
+        if (c.version > latest)
+            ws->exec(QStringLiteral("INSERT INTO schema_version (version, name, applied_at) "
+                                    "VALUES (?, 'future', '2030-01-01 00:00:00')"),
+                     {c.version});
+        Desk d(*ws);
+        ws->writeSettings();
+        if (c.answer)
+            d.prompter.answerYes();
+        else
+            d.prompter.answerNo();
+        const auto r = start(d);
+        EXPECT_EQ(r.outcome, c.outcome);
+        EXPECT_TRUE(d.prompter.lastText().startsWith(QString::fromLatin1(c.says)))
+            << d.prompter.lastText().toStdString();
+        if (c.outcome == StartupResult::Fatal)
+            EXPECT_EQ(r.exitCode, kExitSchema);
+    }
+    EXPECT_EQ(db::SchemaMigrator(ws->server()).currentVersion(), latest);
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(Startup);

@@ -51,6 +51,14 @@ using RefFn = std::function<BitsBuffer(const BitsBuffer&, const Region*)>;
 // Each trial draws its parameters and returns the two sides to compare.
 using Trial = std::function<std::pair<EngineFn, RefFn>(std::mt19937&)>;
 
+// A trial whose formula maps each pixel on its own.
+std::pair<EngineFn, RefFn> pixelwise(EngineFn e, std::function<void(const Px&, int o[3])> fn)
+{
+    return {e, [fn](const BitsBuffer& s, const Region* reg) {
+                return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) { fn(p, o); });
+            }};
+}
+
 void checkAgainstFormula(const Trial& trial, int trials = 36, uint32_t seed = 7)
 {
     std::mt19937 rng(seed);
@@ -153,17 +161,14 @@ TEST(ToneFilters, KillAndSwapChannels)
 {
     checkAgainstFormula([](std::mt19937& rng) {
         const int flags = std::uniform_int_distribution<int>(0, 7)(rng);
-        EngineFn e = [flags](cBitFilter& f) {
+        return pixelwise([flags](cBitFilter& f) {
             return f.KillChannel(flags & 4, flags & 2, flags & 1);
-        };
-        RefFn r = [flags](const BitsBuffer& src, const Region* reg) {
-            return ref::apply(src, reg, [&](int, int, const Px& p, int o[3]) {
-                o[2] = flags & 4 ? 0 : p.r;
-                o[1] = flags & 2 ? 0 : p.g;
-                o[0] = flags & 1 ? 0 : p.b;
-            });
-        };
-        return std::make_pair(e, r);
+        },
+                         [=](const Px& p, int o[3]) {
+            o[2] = flags & 4 ? 0 : p.r;
+            o[1] = flags & 2 ? 0 : p.g;
+            o[0] = flags & 1 ? 0 : p.b;
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         std::uniform_int_distribution<int> ch(0, 2);
@@ -172,58 +177,46 @@ TEST(ToneFilters, KillAndSwapChannels)
         const int src[3] = {ch(rng), ch(rng), ch(rng)}; // for red, green, blue
         const bool inv[3] = {bool(bit(rng)), bool(bit(rng)), bool(bit(rng))};
         const int m[3] = {mask(rng), mask(rng), mask(rng)};
-        EngineFn e = [=](cBitFilter& f) {
+        return pixelwise([=](cBitFilter& f) {
             return f.SwapRGB(src[0], src[1], src[2], inv[0], inv[1], inv[2], m[0], m[1], m[2]);
-        };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                const int byIndex[3] = {p.b, p.g, p.r};
-                for (int k = 0; k < 3; ++k) { // k: red, green, blue
-                    int v = byIndex[src[k]];
-                    if (inv[k])
-                        v = 255 - v;
-                    o[2 - k] = v & ~m[k];
-                }
-            });
-        };
-        return std::make_pair(e, r);
+        },
+                         [=](const Px& p, int o[3]) {
+            const int byIndex[3] = {p.b, p.g, p.r};
+            for (int k = 0; k < 3; ++k) { // k: red, green, blue
+                int v = byIndex[src[k]];
+                if (inv[k])
+                    v = 255 - v;
+                o[2 - k] = v & ~m[k];
+            }
+        });
     });
 }
 
 TEST(ToneFilters, GreyScaleThresholdAndSaturation)
 {
     checkAgainstFormula([](std::mt19937&) {
-        EngineFn e = [](cBitFilter& f) { return f.GreyScale(); };
-        RefFn r = [](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [](int, int, const Px& p, int o[3]) {
-                o[0] = o[1] = o[2] = ref::grey(p);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([](cBitFilter& f) { return f.GreyScale(); },
+                         [=](const Px& p, int o[3]) {
+            o[0] = o[1] = o[2] = ref::grey(p);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         const int level = std::uniform_int_distribution<int>(-5, 260)(rng);
-        EngineFn e = [level](cBitFilter& f) { return f.Threshold(level); };
-        RefFn r = [level](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                o[0] = o[1] = o[2] = (p.r + p.g + p.b) / 3 > level ? 255 : 0;
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([level](cBitFilter& f) { return f.Threshold(level); },
+                         [=](const Px& p, int o[3]) {
+            o[0] = o[1] = o[2] = (p.r + p.g + p.b) / 3 > level ? 255 : 0;
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         const int pc = std::uniform_int_distribution<int>(-150, 250)(rng);
-        EngineFn e = [pc](cBitFilter& f) { return f.Saturation(pc); };
-        RefFn r = [pc](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                const double k = pc / 100.0;
-                const int l = (p.r + p.g + p.b) / 3;
-                const int in[3] = {p.b, p.g, p.r};
-                for (int c = 0; c < 3; ++c)
-                    o[c] = ref::clamp255(ref::rint(in[c] + k * (in[c] - l)));
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([pc](cBitFilter& f) { return f.Saturation(pc); },
+                         [=](const Px& p, int o[3]) {
+            const double k = pc / 100.0;
+            const int l = (p.r + p.g + p.b) / 3;
+            const int in[3] = {p.b, p.g, p.r};
+            for (int c = 0; c < 3; ++c)
+                o[c] = ref::clamp255(ref::rint(in[c] + k * (in[c] - l)));
+        });
     });
 }
 
@@ -459,67 +452,55 @@ TEST(ColourFilters, ColorizeRotateAndStretchFollowTheHslFormulas)
     checkAgainstFormula([](std::mt19937& rng) {
         std::uniform_real_distribution<double> u(0, 1);
         const double hue = u(rng) * 6 - 1, sat = u(rng), scale = 0.5 + u(rng);
-        EngineFn e = [=](cBitFilter& f) { return f.Colorize(hue, sat, scale); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                ref::fromHsl(hue, sat, (p.r + p.g + p.b) / 765.0 * scale, o[2], o[1], o[0]);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.Colorize(hue, sat, scale); },
+                         [=](const Px& p, int o[3]) {
+            ref::fromHsl(hue, sat, (p.r + p.g + p.b) / 765.0 * scale, o[2], o[1], o[0]);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         const double shift = std::uniform_real_distribution<double>(-7, 7)(rng);
         const int pc = std::uniform_int_distribution<int>(0, 200)(rng);
-        EngineFn e = [=](cBitFilter& f) { return f.RotateH(shift, pc); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                ref::Hsl h = ref::toHsl(p.r, p.g, p.b);
-                if (h.s > 0) {
-                    h.h += shift;
-                    h.s *= pc / 100.0;
-                }
-                ref::fromHsl(h.h, h.s, h.l, o[2], o[1], o[0]);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.RotateH(shift, pc); },
+                         [=](const Px& p, int o[3]) {
+            ref::Hsl h = ref::toHsl(p.r, p.g, p.b);
+            if (h.s > 0) {
+                h.h += shift;
+                h.s *= pc / 100.0;
+            }
+            ref::fromHsl(h.h, h.s, h.l, o[2], o[1], o[0]);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         std::uniform_real_distribution<double> u(0, 1);
         const double off = u(rng) * 300 - 100, pc = u(rng) * 100, freq = u(rng) * 80;
-        EngineFn e = [=](cBitFilter& f) { return f.StretchH(off, pc, freq); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                const double l = (p.r + p.g + p.b) / 765.0;
-                double h = 3 * std::sin(freq / 10 * l) + off / 16.67;
-                while (h < -1)
-                    h += 6;
-                while (h > 5)
-                    h -= 6;
-                ref::fromHsl(h, pc / 100, l, o[2], o[1], o[0]);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.StretchH(off, pc, freq); },
+                         [=](const Px& p, int o[3]) {
+            const double l = (p.r + p.g + p.b) / 765.0;
+            double h = 3 * std::sin(freq / 10 * l) + off / 16.67;
+            while (h < -1)
+                h += 6;
+            while (h > 5)
+                h -= 6;
+            ref::fromHsl(h, pc / 100, l, o[2], o[1], o[0]);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         std::uniform_real_distribution<double> u(0, 1);
         const double freq = u(rng) * 20, phase = u(rng) * 6;
-        EngineFn e = [=](cBitFilter& f) { return f.RotateL(freq, phase); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                const int y = ref::grey(p);
-                const long v = ref::rint(127.5 * std::sin(y / 255.0 * freq + phase) + 127.5);
-                const int in[3] = {p.b, p.g, p.r};
-                for (int c = 0; c < 3; ++c) {
-                    long n = in[c] + (v - y);
-                    if (n > 255)
-                        n -= 255;
-                    if (n < 0)
-                        n += 255;
-                    o[c] = static_cast<int>(n);
-                }
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.RotateL(freq, phase); },
+                         [=](const Px& p, int o[3]) {
+            const int y = ref::grey(p);
+            const long v = ref::rint(127.5 * std::sin(y / 255.0 * freq + phase) + 127.5);
+            const int in[3] = {p.b, p.g, p.r};
+            for (int c = 0; c < 3; ++c) {
+                long n = in[c] + (v - y);
+                if (n > 255)
+                    n -= 255;
+                if (n < 0)
+                    n += 255;
+                o[c] = static_cast<int>(n);
+            }
+        });
     });
 }
 
@@ -557,50 +538,41 @@ TEST(KeyedFilters, IsolateReplaceAndShiftUseTheSquaredDistance)
     checkAgainstFormula([](std::mt19937& rng) {
         const int key = keyFrom(rng), other = colourOf(rng);
         const double tol = std::uniform_real_distribution<double>(0, 120)(rng);
-        EngineFn e = [=](cBitFilter& f) { return f.Isolate(key, other, tol); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                o[0] = p.b, o[1] = p.g, o[2] = p.r;
-                if (dist2(p, key) >= threshold(tol))
-                    blend(p, other, 1.0, o);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.Isolate(key, other, tol); },
+                         [=](const Px& p, int o[3]) {
+            o[0] = p.b, o[1] = p.g, o[2] = p.r;
+            if (dist2(p, key) >= threshold(tol))
+                blend(p, other, 1.0, o);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         const int key = keyFrom(rng), to = colourOf(rng);
         const double tol = std::uniform_real_distribution<double>(0, 150)(rng);
-        EngineFn e = [=](cBitFilter& f) { return f.Replace(key, to, tol); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                o[0] = p.b, o[1] = p.g, o[2] = p.r;
-                const long d = dist2(p, key), t = threshold(tol);
-                if (d <= t)
-                    blend(p, to, 1 - double(d) / double(t), o);
-            });
-        };
-        return std::make_pair(e, r);
+        return pixelwise([=](cBitFilter& f) { return f.Replace(key, to, tol); },
+                         [=](const Px& p, int o[3]) {
+            o[0] = p.b, o[1] = p.g, o[2] = p.r;
+            const long d = dist2(p, key), t = threshold(tol);
+            if (d <= t)
+                blend(p, to, 1 - double(d) / double(t), o);
+        });
     });
     checkAgainstFormula([](std::mt19937& rng) {
         const int key = keyFrom(rng);
         const int amount = std::uniform_int_distribution<int>(-200, 200)(rng);
         const double tol = std::uniform_real_distribution<double>(0, 150)(rng);
-        EngineFn e = [=](cBitFilter& f) { return f.Shift(key, amount, tol); };
-        RefFn r = [=](const BitsBuffer& s, const Region* reg) {
-            return ref::apply(s, reg, [&](int, int, const Px& p, int o[3]) {
-                const int in[3] = {p.b, p.g, p.r};
-                const long d = dist2(p, key), t = threshold(tol);
-                for (int c = 0; c < 3; ++c) {
-                    o[c] = in[c];
-                    if (d < t) {
-                        const double a = 1 - double(d) / double(t);
-                        const int shifted = ref::clamp255(in[c] + amount);
-                        o[c] = ref::clamp255(ref::rint(in[c] + a * (shifted - in[c])));
-                    }
+        return pixelwise([=](cBitFilter& f) { return f.Shift(key, amount, tol); },
+                         [=](const Px& p, int o[3]) {
+            const int in[3] = {p.b, p.g, p.r};
+            const long d = dist2(p, key), t = threshold(tol);
+            for (int c = 0; c < 3; ++c) {
+                o[c] = in[c];
+                if (d < t) {
+                    const double a = 1 - double(d) / double(t);
+                    const int shifted = ref::clamp255(in[c] + amount);
+                    o[c] = ref::clamp255(ref::rint(in[c] + a * (shifted - in[c])));
                 }
-            });
-        };
-        return std::make_pair(e, r);
+            }
+        });
     });
 }
 

@@ -21,14 +21,7 @@ protected:
     void SetUp() override
     {
         BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
-    }
-    void TearDown() override
-    {
-        window.reset();
-        desk.reset();
-        BackendTest::TearDown();
     }
 
     // Builds and loads the window as the program does after start-up.
@@ -107,7 +100,6 @@ protected:
                   QStringLiteral("OBSERVATION"), consultID, clientCat, discharged, limit});
     }
 
-    std::unique_ptr<Desk> desk;
     std::unique_ptr<MdiTolmar> window;
 };
 

@@ -36,7 +36,6 @@ protected:
                   QStringLiteral("001/000000003"), QStringLiteral("MISS"), QStringLiteral("OJO"),
                   QStringLiteral("ADA"), QString(), QStringLiteral("PRIVATE"),
                   today.addYears(-8).addDays(-40), QStringLiteral("0001")});
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
     }
     std::unique_ptr<frmBirthday> open()
@@ -57,7 +56,6 @@ protected:
         return ws->scalar(QStringLiteral("SELECT count(*) FROM MessageOut"), {}, Database::SmsCenter)
             .toInt();
     }
-    std::unique_ptr<Desk> desk;
 };
 
 TEST_P(SmsCenterScreen, LoadsTheListsAndGuardsTheSpecialTab)

@@ -32,7 +32,6 @@ protected:
                                 "pPhoneNo) VALUES (?, ?, ?, ?, ?)"),
                  {kPno, QStringLiteral("MRS"), QStringLiteral("O'NEIL"),
                   QStringLiteral("Ọlọ́lá"), QStringLiteral("08031234567")});
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
     }
     db::Result queued()
@@ -60,7 +59,6 @@ protected:
         r.reference = QStringLiteral("REF-7");
         return r;
     }
-    std::unique_ptr<Desk> desk;
 };
 
 TEST_P(SmsQueue, AttendanceGreetsByTheShortSalutation)

@@ -27,11 +27,6 @@ namespace {
 
 class Clients : public BackendTest {
 protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
     void start()
     {
         desk->startUp();
@@ -61,7 +56,6 @@ protected:
         f.active = QStringLiteral("YES");
         return f;
     }
-    std::unique_ptr<Desk> desk;
 };
 
 // --- codes ----------------------------------------------------------------------------------

@@ -3,6 +3,8 @@
 // patient.
 #include "registrationfixture.h"
 
+#include "clinical/doctorallocation.h"
+
 using namespace tolmar;
 using namespace tolmar::test;
 
@@ -67,7 +69,7 @@ TEST_P(ClinicChoice, TheLeastLoadedDoctorIsPreselectedAndEachVisitCounts)
     // The view counts each doctor once a day, with nobody yet counted as 0.
     const auto rows = ws->connect()->query(
         QStringLiteral("SELECT EmpID, NumOfPat FROM vwDocMinNumOfPat WHERE \"Date\" = ? AND "
-                       "ClinicID = 'GENERAL' ORDER BY EmpID"),
+                       "ClinicID = 'GEN' ORDER BY EmpID"),
         {kToday});
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows.rows[0].toInt(u"NumOfPat"), 2);
@@ -229,6 +231,31 @@ TEST_P(ClinicChoice, TheQueueShowsTodayAndPurgesPastAssignments)
 
     doubleClickRow(grid, 1);
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("This Doctor has No Patients on Queue"));
+}
+
+TEST_P(ClinicChoice, TheQueueKeysVisitsByTheClinicIDWhileVisitsKeepItsName)
+{
+    // A clinic whose ID is not its name: visits keep the name, the queue shows the ID.
+    ws->exec(QStringLiteral("INSERT INTO clinicTypes (ClinicID, clinicName) VALUES (?, ?)"),
+             {QStringLiteral("DEN"), QStringLiteral("DENTAL SURGERY")});
+    ws->exec(QStringLiteral("INSERT INTO userRoleClinic (Username, ClinicID) VALUES (?, ?)"),
+             {QStringLiteral("dr.eze"), QStringLiteral("DEN")});
+    addPatient(kCompany);
+    addVisit(kCompany.pno, kToday, QStringLiteral("DOC001"), QStringLiteral("DENTAL SURGERY"));
+    addVisit(kCompany.pno, kToday, QStringLiteral("DOC001"), QStringLiteral("DENTAL SURGERY"));
+    assignRoom(kToday, QStringLiteral("RM 2"), QStringLiteral("DOC001"));
+    auto c = ws->connect();
+    QStringList queue;
+    for (const auto& r : c->query(clinical::DoctorAllocation::waitListSql(), {kToday}).rows)
+        queue << r.text(u"ClinicID") + QLatin1Char('=') + r.text(u"NumOfPat");
+    queue.sort();
+    // No idle row beside the busy one; the doctor's other clinic is idle.
+    EXPECT_EQ(queue, (QStringList{"DEN=2", "GEN=0"}));
+    EXPECT_EQ(c->scalar(QStringLiteral("SELECT COUNT(*) FROM vwDocWaitingList WHERE "
+                                       "\"Date\" = ? AND empID = ? AND ClinicID = ?"),
+                        {kToday, QStringLiteral("DOC001"), QStringLiteral("DEN")})
+                  .toInt(),
+              2);
 }
 
 // Deleting a patient.

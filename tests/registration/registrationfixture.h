@@ -77,17 +77,6 @@ inline void refuseTimelineRows(const Workspace& ws, bool on)
 
 class RegistrationTest : public BackendTest {
 protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
-    void TearDown() override
-    {
-        screen.reset();
-        desk.reset();
-        BackendTest::TearDown();
-    }
     // Starts the desk and opens the screen; defaults set before this call take effect.
     frmPatientsNew& open()
     {
@@ -122,7 +111,6 @@ protected:
         screen->editVal(pno);
         click(screen.get(), "cmdEdit");
     }
-    std::unique_ptr<Desk> desk;
     std::unique_ptr<frmPatientsNew> screen;
 
 private:
@@ -131,5 +119,3 @@ private:
 
 }  // namespace tolmar::test
 
-// Readable failures for texts.
-inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }

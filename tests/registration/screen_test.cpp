@@ -439,7 +439,7 @@ TEST_P(RegistrationScreen, SaveHandsTheWholeFormToTheSave)
     EXPECT_EQ(seen.selectedClientType, QStringLiteral("PRIVATE"));
     EXPECT_EQ(seen.expiryDate, QDate(2027, 11, 23));
     EXPECT_EQ(seen.cardNo, QStringLiteral("001/26/"));
-    EXPECT_EQ(seen.clinicID, QStringLiteral("GENERAL"));
+    EXPECT_EQ(seen.clinicID, QStringLiteral("GEN"));
     EXPECT_EQ(seen.doctorEmpID, QStringLiteral("DOC001"));  // first of three, all idle
     EXPECT_EQ(seen.selectedPurpose, QStringLiteral("CONSULTATION"));
     EXPECT_DOUBLE_EQ(seen.consultationAmount, 3000);

@@ -16,16 +16,10 @@ protected:
     void SetUp() override
     {
         BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
         desk->startUp();
         if (HasFatalFailure())
             return;
         desk->ctx.session().computerName = QStringLiteral("FRONTDESK-2");
-    }
-    void TearDown() override
-    {
-        desk.reset();
-        BackendTest::TearDown();
     }
     std::optional<db::Row> activityRow(int sno) const
     {
@@ -36,39 +30,46 @@ protected:
     {
         return ws->scalar(QStringLiteral("SELECT count(*) FROM ") + table).toInt();
     }
-    std::unique_ptr<Desk> desk;
 };
 
-TEST_P(ActivityLog, OpeningTheRunWritesTheRowAndKeepsItsNumber)
+TEST_P(ActivityLog, OpenAndCloseWriteTheRowOfThePathTaken)
 {
+    const QString version = QStringLiteral("AppVersion=%1").arg(kVersionMajor);
+    const struct {
+        bool openLoggedOut;
+        bool close, logout, autoEnd;
+        const char* remarks;
+        QStringList want;
+    } cases[] = {
+        {false, false, false, false, "",
+         {"Username=demo", "LoginDate=2026-11-23", "LoginTime=08:05", "islogout=0", version,
+          "LogoutDate=", "LogoutTime=", "AutoLogoff=0", "Remarks=RECORDS"}},
+        {true, false, false, false, "",
+         {"islogout=1", "LogoutDate=2026-11-23", "LogoutTime=08:05"}},
+        // What the open wrote stays as it was.
+        {false, true, true, false, "RECORDS/SELF",
+         {"Username=demo", "LoginTime=08:05", "islogout=1", "LogoutDate=2026-11-23",
+          "LogoutTime=17:45", "AutoLogoff=0", "Remarks=RECORDS/SELF"}},
+        {false, true, true, true, "RECORDS", {"AutoLogoff=1", "Remarks=RECORDS"}},
+        {false, true, false, false, "STILL HERE",
+         {"islogout=0", "LogoutDate=", "LogoutTime=", "Remarks=STILL HERE"}},
+    };
     Session& s = desk->ctx.session();
-    s.activitySNo = 0;
-    desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(8, 5, 40)));
-    openActivityRow(desk->ctx, false, false, s.loginRole);
-
-    ASSERT_GT(s.activitySNo, 0);
-    const auto row = activityRow(s.activitySNo);
-    ASSERT_TRUE(row);
-    EXPECT_EQ(row->text(u"Username"), QStringLiteral("demo"));
-    EXPECT_EQ(row->date(u"LoginDate"), QDate(2026, 11, 23));
-    EXPECT_EQ(row->text(u"LoginTime"), QStringLiteral("08:05"));
-    EXPECT_FALSE(row->toBool(u"islogout"));
-    EXPECT_EQ(row->toInt(u"AppVersion"), kVersionMajor);
-    EXPECT_TRUE(row->isNull(u"LogoutDate"));
-    EXPECT_TRUE(row->isNull(u"LogoutTime"));
-    EXPECT_FALSE(row->toBool(u"AutoLogoff"));
-    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS"));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.want.join(u' ').toStdString());
+        s.activitySNo = 0;
+        s.autoLogoff = true;
+        desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(8, 5, 40)));
+        openActivityRow(desk->ctx, c.openLoggedOut, false, s.loginRole);
+        ASSERT_GT(s.activitySNo, 0);
+        if (c.close) {
+            desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(17, 45)));
+            closeActivityRow(desk->ctx, c.logout, c.autoEnd, QString::fromLatin1(c.remarks));
+            EXPECT_FALSE(s.autoLogoff);
+        }
+        expectColumns(activityRow(s.activitySNo), c.want);
+    }
     EXPECT_TRUE(desk->prompter.messages().empty());
-}
-
-TEST_P(ActivityLog, RowOpenedAsLoggedOutCarriesItsLogoutTime)
-{
-    openActivityRow(desk->ctx, true, false, QStringLiteral("RECORDS"));
-    const auto row = activityRow(desk->ctx.session().activitySNo);
-    ASSERT_TRUE(row);
-    EXPECT_TRUE(row->toBool(u"islogout"));
-    EXPECT_EQ(row->date(u"LogoutDate"), QDate(2026, 11, 23));
-    EXPECT_EQ(row->text(u"LogoutTime"), QStringLiteral("09:30"));
 }
 
 TEST_P(ActivityLog, EachDeskKeepsTheNumberOfItsOwnRow)
@@ -92,48 +93,6 @@ TEST_P(ActivityLog, ReloadingTheDefaultsOpensNoSecondRow)
     ASSERT_EQ(runStartup(desk->ctx).outcome, StartupResult::Ok);
     EXPECT_EQ(count(QStringLiteral("UserActivities")), 1);
     EXPECT_EQ(desk->ctx.session().activitySNo, sno);
-}
-
-TEST_P(ActivityLog, LogOffClosesTheRowWithTheRemarksOfThePath)
-{
-    Session& s = desk->ctx.session();
-    openActivityRow(desk->ctx, false, false, s.loginRole);
-    s.autoLogoff = true;
-    desk->clock.setServer(QDateTime(QDate(2026, 11, 23), QTime(17, 45)));
-    closeActivityRow(desk->ctx, true, false, s.loginRole + QStringLiteral("/SELF"));
-
-    EXPECT_FALSE(s.autoLogoff);
-    const auto row = activityRow(s.activitySNo);
-    ASSERT_TRUE(row);
-    EXPECT_TRUE(row->toBool(u"islogout"));
-    EXPECT_EQ(row->date(u"LogoutDate"), QDate(2026, 11, 23));
-    EXPECT_EQ(row->text(u"LogoutTime"), QStringLiteral("17:45"));
-    EXPECT_FALSE(row->toBool(u"AutoLogoff"));
-    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS/SELF"));
-    // What the open wrote stays as it was.
-    EXPECT_EQ(row->text(u"LoginTime"), QStringLiteral("09:30"));
-    EXPECT_EQ(row->text(u"Username"), QStringLiteral("demo"));
-}
-
-TEST_P(ActivityLog, AutomaticEndIsRecordedAsSuch)
-{
-    Session& s = desk->ctx.session();
-    openActivityRow(desk->ctx, false, false, s.loginRole);
-    closeActivityRow(desk->ctx, true, true, s.loginRole);
-    const auto row = activityRow(s.activitySNo);
-    EXPECT_TRUE(row->toBool(u"AutoLogoff"));
-    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("RECORDS"));
-}
-
-TEST_P(ActivityLog, CloseWithoutLogoutLeavesTheLogoutTimeEmpty)
-{
-    Session& s = desk->ctx.session();
-    openActivityRow(desk->ctx, false, false, s.loginRole);
-    closeActivityRow(desk->ctx, false, false, QStringLiteral("STILL HERE"));
-    const auto row = activityRow(s.activitySNo);
-    EXPECT_FALSE(row->toBool(u"islogout"));
-    EXPECT_TRUE(row->isNull(u"LogoutDate"));
-    EXPECT_EQ(row->text(u"Remarks"), QStringLiteral("STILL HERE"));
 }
 
 TEST_P(ActivityLog, CloseOfANumberNoLongerInTheTableDoesNothing)
@@ -180,14 +139,10 @@ TEST_P(Audit, EntryHoldsTheSevenValuesInOrder)
         "SELECT userName, userAction, ActionDate, ActionTime, TranCode, Remarks, Src "
         "FROM AuditTrail"));
     ASSERT_EQ(rows.size(), 1u);
-    const db::Row& r = rows.front();
-    EXPECT_EQ(r.text(u"userName"), QStringLiteral("demo"));
-    EXPECT_EQ(r.text(u"userAction"), QStringLiteral("Change Password "));
-    EXPECT_EQ(r.date(u"ActionDate"), QDate(2026, 11, 24));
-    EXPECT_EQ(r.text(u"ActionTime"), QStringLiteral("14:07"));
-    EXPECT_EQ(r.text(u"TranCode"), QStringLiteral("001/000000007"));
-    EXPECT_EQ(r.text(u"Remarks"), QStringLiteral("O'Neil's card [old]"));
-    EXPECT_EQ(r.text(u"Src"), QStringLiteral("FRONTDESK-2: from RECORDS"));
+    expectColumns(rows.front(), {"userName=demo", "userAction=Change Password ",
+                                 "ActionDate=2026-11-24", "ActionTime=14:07",
+                                 "TranCode=001/000000007", "Remarks=O'Neil's card [old]",
+                                 "Src=FRONTDESK-2: from RECORDS"});
 }
 
 TEST_P(Audit, EntriesOfOneCommandGoInTogetherInTheirOrder)

@@ -20,16 +20,6 @@ namespace {
 
 class IdGen : public BackendTest {
 protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
-    void TearDown() override
-    {
-        desk.reset();
-        BackendTest::TearDown();
-    }
     qint64 counter(const QString& series) const
     {
         return ws->scalar(QStringLiteral("SELECT id FROM idgen WHERE destName = ?"), {series})
@@ -40,7 +30,6 @@ protected:
         c.exec(QStringLiteral("INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"),
                {QDate(2026, 11, 23), QStringLiteral("001/000000001"), consultID});
     }
-    std::unique_ptr<Desk> desk;
 };
 
 TEST(ComposeIdentifier, PadsToTheWidthOrGivesTheBareNumber)
@@ -229,55 +218,45 @@ TEST_P(IdGen, RepairClosesTheGapOfARolledBackVisit)
     EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), burned);
 }
 
-TEST_P(IdGen, AttendanceRepairReadsTheNewestOrdinaryVisit)
+TEST_P(IdGen, RepairsFollowTheNewestVisitAndTheHighestPatient)
 {
-    auto c = ws->connect();
-    addVisit(*c, QStringLiteral("001000000950"));
-    addVisit(*c, QStringLiteral("OFL000000999"));  // not an ordinary visit number
-    addVisit(*c, QStringLiteral("001000000017"));  // newest by recID, though lower
-    updateAttendanceID(desk->ctx);
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QStringLiteral("001000000018"));
-}
-
-TEST_P(IdGen, AttendanceRepairWithoutVisitsLeavesTheCounter)
-{
-    ws->exec(QStringLiteral("UPDATE idgen SET id = 77 WHERE destName = ?"), {kSeriesConsultID});
-    updateAttendanceID(desk->ctx);
-    EXPECT_EQ(counter(kSeriesConsultID), 77);
-}
-
-TEST_P(IdGen, AttendanceRepairOfAVisitNumberedOnlyByItsPrefixStartsAtOne)
-{
-    auto c = ws->connect();
-    addVisit(*c, QStringLiteral("001"));
-    updateAttendanceID(desk->ctx);
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QStringLiteral("001000000001"));
-}
-
-TEST_P(IdGen, AttendanceRepairRefusesANumberThatIsNoNumber)
-{
-    ws->exec(QStringLiteral("UPDATE idgen SET id = 5 WHERE destName = ?"), {kSeriesConsultID});
-    auto c = ws->connect();
-    addVisit(*c, QStringLiteral("001OFL0000012"));
-    EXPECT_THROW(updateAttendanceID(desk->ctx), std::runtime_error);
-    EXPECT_EQ(counter(kSeriesConsultID), 5);
-}
-
-TEST_P(IdGen, PatientRepairFollowsTheHighestPatientNumber)
-{
-    for (const char* pno : {"001/000000003", "001/000000120", "001/000000045"})
-        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo) VALUES (?)"),
-                 {QString::fromLatin1(pno)});
-    updatePatientID(desk->ctx);
-    EXPECT_TRUE(desk->prompter.messages().empty());
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000121"));
-}
-
-TEST_P(IdGen, PatientRepairWithoutPatientsLeavesTheCounter)
-{
-    ws->exec(QStringLiteral("UPDATE idgen SET id = 12 WHERE destName = ?"), {kSeriesPatientNo});
-    updatePatientID(desk->ctx);
-    EXPECT_EQ(counter(kSeriesPatientNo), 12);
+    const struct {
+        QString series;
+        QStringList rows;  // visits in order, or patients
+        const char* next;  // nullptr: the repair is refused
+    } cases[] = {
+        // Newest by recID, though lower; another series' number is no ordinary visit.
+        {kSeriesConsultID, {"001000000950", "OFL000000999", "001000000017"}, "001000000018"},
+        {kSeriesConsultID, {}, "001000000078"},  // nothing to follow: the counter stays
+        {kSeriesConsultID, {"001"}, "001000000001"},  // numbered by its prefix only
+        {kSeriesConsultID, {"001OFL0000012"}, nullptr},
+        {kSeriesPatientNo, {"001/000000003", "001/000000120", "001/000000045"}, "001/000000121"},
+        {kSeriesPatientNo, {}, "001/000000078"},
+    };
+    for (const auto& k : cases) {
+        const QString& series = k.series;
+        const bool visits = series == kSeriesConsultID;
+        SCOPED_TRACE(k.rows.join(u' ').toStdString());
+        ws->exec(QStringLiteral("DELETE FROM hRecords"));
+        ws->exec(QStringLiteral("DELETE FROM hPatients"));
+        ws->exec(QStringLiteral("UPDATE idgen SET id = 77 WHERE destName = ?"), {series});
+        auto c = ws->connect();
+        for (const QString& r : k.rows) {
+            if (visits)
+                addVisit(*c, r);
+            else
+                c->exec(QStringLiteral("INSERT INTO hPatients (PNo) VALUES (?)"), {r});
+        }
+        auto repair = [&] { visits ? updateAttendanceID(desk->ctx) : updatePatientID(desk->ctx); };
+        if (!k.next) {
+            EXPECT_THROW(repair(), std::runtime_error);
+            EXPECT_EQ(counter(series), 77);
+            continue;
+        }
+        repair();
+        EXPECT_TRUE(desk->prompter.messages().empty());
+        EXPECT_EQ(getIDNo(desk->ctx, series), QString::fromLatin1(k.next));
+    }
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(IdGen);

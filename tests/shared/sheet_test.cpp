@@ -64,17 +64,6 @@ QMap<QString, QString> readSheet(const QString& xlsx)
 
 class SheetExport : public BackendTest {
 protected:
-    void SetUp() override
-    {
-        BackendTest::SetUp();
-        desk = std::make_unique<Desk>(*ws);
-    }
-    void TearDown() override
-    {
-        desk.reset();
-        BackendTest::TearDown();
-    }
-    std::unique_ptr<Desk> desk;
     QTemporaryDir dir;
 };
 

@@ -99,12 +99,31 @@ struct Desk {
     std::vector<int> endedWith;
 };
 
+// The named columns of a row, each expected as "column=value" with the value as text (dates
+// ISO, NULL empty, 1500.0 as "1500"); a failure lists them all side by side.
+inline void expectColumns(const std::optional<db::Row>& row, const QStringList& want)
+{
+    ASSERT_TRUE(row);
+    QStringList got;
+    for (const QString& w : want) {
+        const QString column = w.section(QLatin1Char('='), 0, 0);
+        got << column + QLatin1Char('=') + row->text(column);
+    }
+    EXPECT_EQ(got, want);
+}
+
+// Fresh databases on the backend of the run, and a desk on them that has not started up.
 class BackendTest : public testing::TestWithParam<db::Backend> {
 protected:
-    void SetUp() override { ws = std::make_unique<Workspace>(GetParam()); }
-    // The workspace goes last, with the fixture itself, after whatever desks and screens a
+    void SetUp() override
+    {
+        ws = std::make_unique<Workspace>(GetParam());
+        desk = std::make_unique<Desk>(*ws);
+    }
+    // The workspace goes last, with the fixture itself, after the desk and whatever screens a
     // test keeps as members have closed their connections to it.
     std::unique_ptr<Workspace> ws;
+    std::unique_ptr<Desk> desk;
 };
 
 }  // namespace tolmar::test
@@ -112,3 +131,6 @@ protected:
 #define TOLMAR_INSTANTIATE_BACKENDS(Suite)                                               \
     INSTANTIATE_TEST_SUITE_P(Db, Suite, testing::ValuesIn(::tolmar::test::backends()),   \
                              ::tolmar::test::backendName)
+
+// Readable failures for texts.
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }

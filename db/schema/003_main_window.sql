@@ -5,65 +5,65 @@
 
 -- A referral to a clinic; "IN-PATIENT" stands for admission.
 CREATE TABLE hreferal (
-    ID INTEGER PRIMARY KEY AUTOINCREMENT,
+    ID $ID,
     consultID VARCHAR(20),
     ConID INTEGER,
     clientCat VARCHAR(30),
     referto VARCHAR(100),
-    ApptDate TEXT,
+    ApptDate $DATE,
     ApptTime VARCHAR(10),
     refReason VARCHAR(500),
     PNo VARCHAR(13),
-    refDate TEXT,
+    refDate $DATE,
     refTime VARCHAR(10),
-    attendedto INTEGER DEFAULT 0,
-    attendedToByRec INTEGER DEFAULT 0
+    attendedto $SMALLINT DEFAULT 0,
+    attendedToByRec $SMALLINT DEFAULT 0
 );
 CREATE INDEX ix_hreferal_apptdate ON hreferal (ApptDate);
 CREATE INDEX ix_hreferal_consultid ON hreferal (consultID);
 
 CREATE TABLE happointment (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     consultID VARCHAR(20),
     ConID INTEGER,
     clientCat VARCHAR(30),
     PNo VARCHAR(13),
     clinicType VARCHAR(100),
-    ApptDate TEXT,
+    ApptDate $DATE,
     ApptTime VARCHAR(10),
     Remarks VARCHAR(200),
-    entryDate TEXT,
+    entryDate $DATE,
     entryTime VARCHAR(10),
-    attendedto INTEGER DEFAULT 0
+    attendedto $SMALLINT DEFAULT 0
 );
 CREATE INDEX ix_happointment_apptdate ON happointment (ApptDate);
 CREATE INDEX ix_happointment_consultid ON happointment (consultID);
 
 CREATE TABLE hAdmission (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
-    AdmDate TEXT,
+    SNo $ID,
+    AdmDate $DATE,
     aTime VARCHAR(10),
     PNo VARCHAR(13),
     wardID VARCHAR(20) DEFAULT 'XX',
     Reason VARCHAR(500),
     consultID VARCHAR(20),
     clientCat VARCHAR(30),
-    isDischarged INTEGER DEFAULT 0,
+    isDischarged $SMALLINT DEFAULT 0,
     Diagnosis TEXT,
     conID INTEGER,
-    ExtendAdmissionLimitTo TEXT
+    ExtendAdmissionLimitTo $TIMESTAMP
 );
 CREATE INDEX ix_hadmission_pno ON hAdmission (PNo);
 CREATE INDEX ix_hadmission_consultid ON hAdmission (consultID);
 
 -- Charge lines dropped by the front desk; the billing module turns them into bills.
 CREATE TABLE billAccum (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
-    dtDate TEXT,
+    SNo $ID,
+    dtDate $DATE,
     drgName VARCHAR(200),
-    Price REAL DEFAULT 0,
-    Qty REAL DEFAULT 1,
-    SubTotal REAL DEFAULT 0,
+    Price $REAL DEFAULT 0,
+    Qty $REAL DEFAULT 1,
+    SubTotal $REAL DEFAULT 0,
     PNo VARCHAR(13),
     consultID VARCHAR(20),
     billType VARCHAR(30),
@@ -71,10 +71,10 @@ CREATE TABLE billAccum (
     Category VARCHAR(30),
     CoyName VARCHAR(200),
     billTo VARCHAR(30),
-    attendedto INTEGER DEFAULT 0,
-    suppres INTEGER DEFAULT 0,
+    attendedto $SMALLINT DEFAULT 0,
+    suppres $SMALLINT DEFAULT 0,
     Capitated VARCHAR(3),
-    isbilled INTEGER DEFAULT 0,
+    isbilled $SMALLINT DEFAULT 0,
     revType VARCHAR(50),
     AppVersion INTEGER
 );
@@ -83,30 +83,30 @@ CREATE INDEX ix_billaccum_pno ON billAccum (PNo);
 
 -- Bills and receipts belong to the billing module; this module only reads them.
 CREATE TABLE Billing (
-    ID INTEGER PRIMARY KEY AUTOINCREMENT,
+    ID $ID,
     billNo VARCHAR(20),
-    bDate TEXT,
+    bDate $DATE,
     PNo VARCHAR(13),
     ClientID VARCHAR(20),
-    AmountBilled REAL DEFAULT 0,
-    DebtBF REAL DEFAULT 0,
-    Discount REAL DEFAULT 0,
-    AmountPaid REAL DEFAULT 0,
-    isprocess INTEGER DEFAULT 0,
-    isSigned INTEGER DEFAULT 0,
+    AmountBilled $REAL DEFAULT 0,
+    DebtBF $REAL DEFAULT 0,
+    Discount $REAL DEFAULT 0,
+    AmountPaid $REAL DEFAULT 0,
+    isprocess $SMALLINT DEFAULT 0,
+    isSigned $SMALLINT DEFAULT 0,
     ApprvCode VARCHAR(50)
 );
 CREATE INDEX ix_billing_pno ON Billing (PNo);
 
 CREATE TABLE hpayments (
-    ID INTEGER PRIMARY KEY AUTOINCREMENT,
+    ID $ID,
     receiptNo VARCHAR(20),
-    receiptDate TEXT,
+    receiptDate $DATE,
     receiptTime VARCHAR(10),
     billNo VARCHAR(20),
     PNo VARCHAR(13),
     ClientID VARCHAR(20),
-    AmountPaid REAL DEFAULT 0,
+    AmountPaid $REAL DEFAULT 0,
     PayMode VARCHAR(30),
     Username VARCHAR(50)
 );
@@ -161,7 +161,7 @@ CREATE VIEW vwAdmissionWaitList AS
 SELECT f.refDate AS Refdate, f.refTime AS reftime,
        COALESCE(p.psurname, '') || ' ' || COALESCE(p.pfirstName, '') AS Fullname,
        p.sex AS Sex,
-       CAST((julianday(f.refDate) - julianday(p.DOB)) / 365.25 AS INTEGER) AS Age,
+       $YEARS(f.refDate, p.DOB) AS Age,
        t.retainName AS Coyname,
        (SELECT u.Fullname FROM hRecords r JOIN ApplicationUsers u ON u.EmpID = r.DocAssigned
         WHERE r.consultID = f.consultID LIMIT 1) AS DocName,

@@ -4,11 +4,11 @@
 --@db HOSPITAL
 
 CREATE TABLE clinicTypes (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     ClinicID VARCHAR(100) NOT NULL,
     clinicName VARCHAR(100) NOT NULL,
-    regfee REAL DEFAULT 0,
-    ConFee REAL DEFAULT 0,
+    regfee $REAL DEFAULT 0,
+    ConFee $REAL DEFAULT 0,
     Designation VARCHAR(100),
     empID VARCHAR(50),
     clinicdays VARCHAR(200)
@@ -21,7 +21,7 @@ CREATE TABLE Weekdays (
 );
 
 CREATE TABLE clinicDays (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     ClinicDay VARCHAR(10),
     StartTime VARCHAR(10),
     ClinicID VARCHAR(100),
@@ -42,11 +42,11 @@ CREATE TABLE hConsultingRooms (
 
 -- One row per doctor, room and day; rows of past days are purged by the queue refresh.
 CREATE TABLE hConRoomAssign (
-    SNO INTEGER PRIMARY KEY AUTOINCREMENT,
-    schdDate TEXT NOT NULL,
+    SNO $ID,
+    schdDate $DATE NOT NULL,
     ConRoomNo VARCHAR(50),
     docNo VARCHAR(50),
-    isOff INTEGER NOT NULL DEFAULT 0
+    isOff $SMALLINT NOT NULL DEFAULT 0
 );
 CREATE INDEX ix_hconroomassign_date ON hConRoomAssign (schdDate, docNo);
 
@@ -142,12 +142,12 @@ LEFT JOIN hPatients p ON p.PNo = r.PNo
 LEFT JOIN hRetainership t ON t.retainID = r.CoyName;
 
 CREATE TABLE HmoPlan (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     PlanID VARCHAR(20),
     planName VARCHAR(150),
     CoyCode VARCHAR(20),
     Remarks VARCHAR(250),
-    "Limit" REAL DEFAULT 0,
+    "Limit" $REAL DEFAULT 0,
     LimitPeriod VARCHAR(20)
 );
 CREATE INDEX ix_hmoplan_coycode ON HmoPlan (CoyCode);
@@ -157,15 +157,15 @@ SELECT planName AS PlanName, PlanID, CoyCode AS retainID FROM HmoPlan;
 
 CREATE TABLE hScreeningAmount (
     coycode VARCHAR(20) NOT NULL PRIMARY KEY,
-    Amount REAL DEFAULT 0
+    Amount $REAL DEFAULT 0
 );
 
 -- Vital signs taken by the nurses before a consultation.
 CREATE TABLE hPreConsult (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     consultID VARCHAR(20),
     PNo VARCHAR(13),
-    recDate TEXT,
+    recDate $DATE,
     Temperature VARCHAR(20),
     BloodPressure VARCHAR(20),
     Pulse VARCHAR(20),
@@ -176,11 +176,11 @@ CREATE TABLE hPreConsult (
 CREATE INDEX ix_hpreconsult_pno ON hPreConsult (PNo);
 
 CREATE TABLE hConsulting (
-    ID INTEGER PRIMARY KEY AUTOINCREMENT,
+    ID $ID,
     consultID VARCHAR(20),
     clientCat VARCHAR(30),
     PNo VARCHAR(13),
-    CDate TEXT,
+    CDate $DATE,
     cTime VARCHAR(10),
     Complaints TEXT,
     diagnosis TEXT,
@@ -194,7 +194,7 @@ CREATE TABLE hConsulting (
     PreConsult TEXT,
     TreatType VARCHAR(20),
     ClinicRemarks TEXT,
-    attendedto INTEGER DEFAULT 0,
+    attendedto $SMALLINT DEFAULT 0,
     sysreview TEXT,
     phyexam TEXT,
     gensys TEXT,
@@ -208,42 +208,42 @@ CREATE TABLE hConsulting (
     treatDone TEXT,
     extraOralExam TEXT,
     intraOralExam TEXT,
-    isAlarm INTEGER DEFAULT 0,
+    isAlarm $SMALLINT DEFAULT 0,
     medRpt TEXT,
-    EditDate TEXT,
+    EditDate $DATE,
     EditTime VARCHAR(10)
 );
 CREATE INDEX ix_hconsulting_pno ON hConsulting (PNo);
 CREATE INDEX ix_hconsulting_consultid ON hConsulting (consultID);
 
 CREATE TABLE hhScreeningAttnd (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
-    recDate TEXT,
+    SNo $ID,
+    recDate $DATE,
     consultID VARCHAR(20),
     Remarks VARCHAR(50)
 );
 
 -- Extras a desk may add to a bill.
 CREATE TABLE hInstantFee (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     ItemName VARCHAR(100) NOT NULL,
-    Amount REAL DEFAULT 0,
+    Amount $REAL DEFAULT 0,
     itemType VARCHAR(20)
 );
 
 -- The service price list, one price per payer class.
 CREATE TABLE hServicePrices (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     service VARCHAR(100) NOT NULL,
     type VARCHAR(20) NOT NULL,
-    Private REAL DEFAULT 0,
-    HMO REAL DEFAULT 0,
-    NHIS REAL DEFAULT 0,
-    MTHLY REAL DEFAULT 0,
-    "3MTHLY" REAL DEFAULT 0,
-    "6MTHLY" REAL DEFAULT 0,
-    CBN REAL DEFAULT 0,
-    NEPA REAL DEFAULT 0
+    Private $REAL DEFAULT 0,
+    HMO $REAL DEFAULT 0,
+    NHIS $REAL DEFAULT 0,
+    MTHLY $REAL DEFAULT 0,
+    "3MTHLY" $REAL DEFAULT 0,
+    "6MTHLY" $REAL DEFAULT 0,
+    CBN $REAL DEFAULT 0,
+    NEPA $REAL DEFAULT 0
 );
 CREATE INDEX ix_hserviceprices_service ON hServicePrices (service, type);
 
@@ -252,11 +252,11 @@ SELECT service, type, Private, HMO, NHIS, MTHLY, "3MTHLY", "6MTHLY", CBN, NEPA
 FROM hServicePrices;
 
 CREATE TABLE hBilling (
-    ID INTEGER PRIMARY KEY AUTOINCREMENT,
+    ID $ID,
     billNo VARCHAR(20),
-    bDate TEXT,
+    bDate $DATE,
     PNo VARCHAR(13),
-    Amount REAL DEFAULT 0
+    Amount $REAL DEFAULT 0
 );
 
 -- Open balances of each bill.
@@ -271,10 +271,10 @@ WHERE (COALESCE(b.AmountBilled, 0) + COALESCE(b.DebtBF, 0))
       - (COALESCE(b.Discount, 0) + COALESCE(b.AmountPaid, 0)) <> 0;
 
 CREATE TABLE debitnote (
-    SNo INTEGER PRIMARY KEY AUTOINCREMENT,
+    SNo $ID,
     jobcode VARCHAR(50),
-    noteDate TEXT,
-    Amount REAL DEFAULT 0
+    noteDate $DATE,
+    Amount $REAL DEFAULT 0
 );
 
 -- Jobs whose bill has been processed but not yet signed.
