@@ -1,5 +1,7 @@
 #include "workspace.h"
 
+#include "core/demoworkspace.h"
+#include "core/installation.h"
 #include "core/startup.h"
 #include "platform/schema.h"
 
@@ -14,21 +16,6 @@
 namespace tolmar::test {
 
 namespace {
-
-QString readResource(const QString& path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        throw std::runtime_error("cannot read " + path.toStdString());
-    return QString::fromUtf8(f.readAll());
-}
-
-void fillDemoData(db::SchemaMigrator& m)
-{
-    QDir demo(QStringLiteral(":/db/demo"));
-    for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name))
-        m.runScript(readResource(demo.filePath(f)));
-}
 
 QString pgServer() { return qEnvironmentVariable("TOLMAR_TEST_PG"); }
 
@@ -62,8 +49,8 @@ struct Templates {
                                                            sqliteDir->path());
             db::SchemaMigrator m(config);
             m.createDatabases();
-            m.migrate();
-            fillDemoData(m);
+            install::migrateWithDefaults(m, 0);
+            writeDemoData(config);
         });
         return sqliteDir->path();
     }
@@ -82,8 +69,8 @@ struct Templates {
             }
             db::SchemaMigrator m(config);
             m.createDatabases();
-            m.migrate();
-            fillDemoData(m);
+            install::migrateWithDefaults(m, 0);
+            writeDemoData(config);
             pgTemplate = name;
         });
         return pgTemplate;
