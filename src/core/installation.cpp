@@ -166,8 +166,9 @@ void addAdministrator(const db::ServerConfig& c, const QString& user, const QStr
     db::Connection h(c, db::Database::Hospital);
     db::Transaction tx(h);
     h.exec(QStringLiteral("INSERT INTO ApplicationUsers (Username, Fullname, Password, "
-                          "AccountStatus, EmpID, hospID) VALUES (?, ?, '', 'Enabled', '', ?)"),
-           {user, QStringLiteral("ADMINISTRATOR"), hospID});
+                          "AccountStatus, EmpID, hospID) VALUES (?, ?, '', 'Enabled', ?, ?)"),
+           // The desks sign what they register with the employee id.
+           {user, QStringLiteral("ADMINISTRATOR"), QStringLiteral("ADMIN"), hospID});
     h.exec(QStringLiteral("INSERT INTO UserRoles (RoleID, Username) SELECT RoleID, ? FROM Roles "
                           "WHERE LoginRole IN (?, ?)"),
            {user, kLoginRole, QStringLiteral("MANAGEMENT")});
@@ -304,6 +305,10 @@ db::ServerConfig serverConfig(const QString& server, const QString& database)
 
 QList<int> migrateWithDefaults(db::SchemaMigrator& migrator, int from, const SetupLog& log)
 {
+    // Each step begins with CREATE TABLE IF NOT EXISTS schema_version, and the server's
+    // notice about it, once a step, would bury the summary the administrator reads.
+    if (qEnvironmentVariableIsEmpty("PGOPTIONS"))
+        qputenv("PGOPTIONS", "-c client_min_messages=warning");
     const QList<int> steps = stepsAbove(from);
     int done = from;
     for (int v : steps) {
@@ -358,10 +363,6 @@ void initServer(const ServerSetup& setup)
         s.hospital.name = QStringLiteral("HOSPITAL %1").arg(s.hospital.number);
 
     const db::ServerConfig c = serverConfig(setup.server, setup.database);
-    // The schema steps say CREATE ... IF NOT EXISTS, and the server's notices about it would
-    // bury the summary the administrator reads.
-    if (qEnvironmentVariableIsEmpty("PGOPTIONS"))
-        qputenv("PGOPTIONS", "-c client_min_messages=warning");
     Survey before;
     try {
         before = survey(c);
