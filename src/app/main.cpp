@@ -58,8 +58,9 @@ int main(int argc, char* argv[])
     cl.addVersionOption();
     const QCommandLineOption home(QStringLiteral("home"),
                                   QStringLiteral("Folder of made.sys, sysdoc.sys, key.db and "
-                                                 "Reports (default: TOLMAR_HOME or the "
-                                                 "program's folder)."),
+                                                 "Reports (default: TOLMAR_HOME, the "
+                                                 "program's folder if it holds made.sys, "
+                                                 "else ~/.local/share/tolmar-records)."),
                                   QStringLiteral("DIR"));
     const QCommandLineOption shot(QStringLiteral("screenshot"),
                                   QStringLiteral("Save the main window to FILE once shown, "
@@ -70,7 +71,8 @@ int main(int argc, char* argv[])
                                   QStringLiteral("DIR"));
     const QCommandLineOption server(QStringLiteral("server"),
                                     QStringLiteral("With --init-demo: a PostgreSQL server "
-                                                   "HOST[:PORT] instead of SQLite files."),
+                                                   "HOST[:PORT] instead of SQLite files; with "
+                                                   "--init-desk: the desk's server."),
                                     QStringLiteral("HOST"));
     const QCommandLineOption patients(QStringLiteral("patients"),
                                       QStringLiteral("With --init-demo: how many synthetic "

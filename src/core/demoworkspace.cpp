@@ -29,7 +29,8 @@ QString readResource(const QString& path)
 
 void writeDemoData(const db::ServerConfig& config)
 {
-    install::writeHospital(config, {QStringLiteral("001"), QStringLiteral("TOLMAR SPECIALIST HOSPITAL"),
+    install::writeHospital(config, {QStringLiteral("001"),
+                                    QStringLiteral("TOLMAR SPECIALIST HOSPITAL"),
                                     QStringLiteral("12 HOSPITAL ROAD, IKEJA, LAGOS"),
                                     QStringLiteral("08012345678")});
     // Every file of db/demo, in name order; later features add their own file.

@@ -278,7 +278,8 @@ void createFresh(const db::ServerConfig& c, const Survey& before, const ServerSe
                        .arg(db::latestSchemaVersion()));
     say(setup.log, QStringLiteral("  the settings, lists and private payer every installation "
                                   "starts from (db/defaults)"));
-    say(setup.log, QStringLiteral("  hospital %1, %2").arg(setup.hospital.number, setup.hospital.name));
+    say(setup.log,
+        QStringLiteral("  hospital %1, %2").arg(setup.hospital.number, setup.hospital.name));
     say(setup.log, QStringLiteral("  administrator %1 holding RECORDS and MANAGEMENT")
                        .arg(setup.admin));
 }
@@ -498,7 +499,8 @@ QString helpText()
         "  PostgreSQL: pg_dump -Fc -h HOST -d tolmar -f tolmar.dump takes all five schemas;\n"
         "      pg_restore -h HOST -d NEWDB tolmar.dump into an empty database brings them back.\n"
         "  SQLite: copy the five .db files of the folder while no desk runs, or\n"
-        "      sqlite3 DIR/HOSPITAL.db \".backup HOSPITAL.db\" (and the other four) while they do.");
+        "      sqlite3 DIR/HOSPITAL.db \".backup HOSPITAL.db\" (and the other four) while\n"
+        "      they run.");
 }
 
 QString defaultHome(const QString& programDir)

@@ -310,7 +310,8 @@ TEST(Backup, PgDumpRestoredIntoANewDatabaseOpensInTheProgram)
                             qEnvironmentVariable("TOLMAR_DB_USER", QStringLiteral("postgres"))} +
                     args);
         p.waitForFinished(120000);
-        return p.exitCode() == 0 ? QString() : tool + QString::fromLocal8Bit(p.readAllStandardError());
+        return p.exitCode() == 0 ? QString()
+                                 : tool + QString::fromLocal8Bit(p.readAllStandardError());
     };
     ASSERT_EQ(run(QStringLiteral("pg_dump"), {QStringLiteral("-Fc"), QStringLiteral("-f"), dump,
                                               ws.server().pgDatabase}),
