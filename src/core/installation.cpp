@@ -454,7 +454,11 @@ void initDesk(const DeskSetup& setup)
             throw SetupError(QStringLiteral("Cannot create %1").arg(dir.path()));
         if (!reportsMade.isEmpty())
             written << reportsMade;
-        QString serverName = setup.server.trimmed();
+        // A relative SQLite folder was meant from here, not from the desk's folder, where
+        // the start-up resolves it.
+        QString serverName = c.backend == db::Backend::Sqlite
+                                 ? QStringLiteral("sqlite:") + c.sqliteDir
+                                 : setup.server.trimmed();
         if (c.backend == db::Backend::Postgres && !setup.database.isEmpty())
             serverName += QLatin1Char('/') + setup.database;
         for (const QString& f : {QStringLiteral("made.sys"), QStringLiteral("sysdoc.sys"),
