@@ -8,6 +8,7 @@ TOLMAR_PACKAGES=(
     libxlsxwriter-dev libcurl4-openssl-dev
     googletest libgtest-dev libbenchmark-dev
     fonts-dejavu-core xvfb xauth postgresql unzip poppler-utils
+    dpkg-dev file
 )
 
 tolmar_install_packages() {

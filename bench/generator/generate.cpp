@@ -4,6 +4,7 @@
 //   bench_generate [N] [sqlite|postgres]      (PostgreSQL: TOLMAR_TEST_PG=host:port)
 
 #include "core/demoworkspace.h"
+#include "core/installation.h"
 #include "patients/patientgenerator.h"
 #include "platform/db.h"
 #include "platform/schema.h"
@@ -39,13 +40,8 @@ Target freshTarget(const QString& backend, const QString& tag, QTemporaryDir& di
     }
     db::SchemaMigrator m(t.config);
     m.createDatabases();
-    m.migrate();
-    QDir demo(QStringLiteral(":/db/demo"));
-    for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name)) {
-        QFile file(demo.filePath(f));
-        file.open(QIODevice::ReadOnly);
-        m.runScript(QString::fromUtf8(file.readAll()));
-    }
+    install::migrateWithDefaults(m, 0);
+    writeDemoData(t.config);
     return t;
 }
 

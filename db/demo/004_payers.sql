@@ -4,10 +4,6 @@
 -- receivable accounts of the ledger.
 --@db HOSPITAL
 
-INSERT INTO hClientType (clientType) VALUES ('FFS'), ('PHIS');
-
-INSERT INTO AppDefaults (ID, IDVal) VALUES ('Acct_Receivable', '1200');
-
 INSERT INTO hRetainership (retainID, retainCode, retainName, ClientType, clientCatID, Contact,
                            Address, PhoneNo, Email, Active, BillEndDate, ConAmount, RegAmount,
                            CardRenewAmount, AcctID) VALUES
@@ -164,16 +160,6 @@ WITH t(name, cat, price) AS (VALUES
 )
 SELECT t.name || ' - ' || v.label, t.cat, 'NO', t.price * v.f FROM t CROSS JOIN v;
 
-INSERT INTO HserviceCat (catName) VALUES
-    ('CONSULTATION'), ('REGISTRATION'), ('NURSING'), ('WARD'), ('THEATRE'), ('DENTAL'),
-    ('EYE'), ('PHYSIOTHERAPY'), ('MATERNITY'), ('EMERGENCY');
-
--- Services. The first two rows are the ones the desk bills a private patient for
--- (PVT_REGFEE_SNO 1 and PVT_CONFEE_SNO 2).
-INSERT INTO hServices (ServName, servCatName, Capitated, Price) VALUES
-    ('REGISTRATION', 'REGISTRATION', 'NO', 2000),
-    ('CONSULTATION', 'CONSULTATION', 'NO', 5000);
-
 INSERT INTO hServices (ServName, servCatName, Capitated, Price)
 WITH b(name, cat, price) AS (VALUES
     ('GENERAL PRACTITIONER REVIEW', 'CONSULTATION', 3000),
@@ -259,13 +245,6 @@ INSERT INTO DrugNHISListEntered (CoyID, Type, remarks, useTariff, Pcent) VALUES
     ('0004', 'SERVICE', 'HMO', '0001', 0.8);
 
 --@db Accounting
-
-INSERT INTO AccountGroups (GroupID, GroupName, GroupMin, GroupMax, isContra) VALUES
-    ('1100', 'CASH AND BANK', 11000001, 11009999, 0),
-    ('1200', 'TRADE RECEIVABLES', 12000001, 12009999, 0),
-    ('1290', 'PROVISION FOR DOUBTFUL DEBTS', 12900001, 12909999, 1),
-    ('2100', 'TRADE PAYABLES', 21000001, 21009999, 0),
-    ('4100', 'INCOME FROM SERVICES', 41000001, 41009999, 0);
 
 INSERT INTO ChartOfAccountMaster (AccountID, CoyID, CreatedBy) VALUES
     ('11000001', '0001', 'demo'), ('11000002', '0001', 'demo'), ('12000001', '0001', 'demo'),

@@ -12,10 +12,6 @@ VALUES
     ('EYE', 'EYE CLINIC', 2000, 6000, 'OPHTHALMOLOGIST', 'DOC004', 'FRI'),
     ('INPAT', '(IN-PATIENT)', 0, 0, 'ADMISSIONS', 'DOC001', '');
 
-INSERT INTO Weekdays (SNo, WkDay) VALUES
-    (1, 'SUNDAY'), (2, 'MONDAY'), (3, 'TUESDAY'), (4, 'WEDNESDAY'), (5, 'THURSDAY'),
-    (6, 'FRIDAY'), (7, 'SATURDAY');
-
 INSERT INTO clinicDays (ClinicDay, StartTime, ClinicID, NumOfPat) VALUES
     ('MONDAY', '9:00 AM', 'PAED', 30),
     ('WEDNESDAY', '9:00 AM', 'PAED', 30),
@@ -25,8 +21,6 @@ INSERT INTO clinicDays (ClinicDay, StartTime, ClinicID, NumOfPat) VALUES
 
 INSERT INTO hConsultingRooms (ConRmName, Location) VALUES
     ('RM 1', 'GRD FLR'), ('RM 2', 'GRD FLR'), ('RM 3', '1ST FLR'), ('RM 4', '1ST FLR');
-
-INSERT INTO Roles (RoleID, LoginRole, MinVer) VALUES (5, 'CONSULTING', 0);
 
 INSERT INTO ApplicationUsers (Username, Fullname, Password, AccountStatus, EmpID, hospID) VALUES
     ('dr.eze', 'DR CHIDI EZE', '', 'Enabled', 'DOC001', '001'),
@@ -59,8 +53,6 @@ INSERT INTO HmoPlan (PlanID, planName, CoyCode, Remarks, "Limit", LimitPeriod) V
 
 INSERT INTO hScreeningAmount (coycode, Amount) VALUES ('0002', 15000), ('0003', 12500);
 
-UPDATE hRetainership SET RegAmount = 2000, ConAmount = 3000, CardRenewAmount = 1500
-WHERE retainID = '0001';
 UPDATE hRetainership SET RegAmount = 1000, ConAmount = 2500, CardRenewAmount = 1000
 WHERE retainID IN ('0002', '0003', '0007');
 

@@ -3,6 +3,7 @@
 #include "core/appcontext.h"
 #include "core/appdefaults.h"
 #include "core/demoworkspace.h"
+#include "core/installation.h"
 #include "core/mditolmar.h"
 #include "core/screenhost.h"
 #include "core/startup.h"
@@ -25,6 +26,12 @@ void say(const QString& line)
 {
     std::fprintf(stderr, "%s\n", line.toLocal8Bit().constData());
     std::fflush(stderr);
+}
+
+void tell(const QString& line)
+{
+    std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
+    std::fflush(stdout);
 }
 
 bool hasDisplay()
@@ -50,13 +57,14 @@ int main(int argc, char* argv[])
                                             .arg(tolmar::kVersionRevision));
 
     QCommandLineParser cl;
-    cl.setApplicationDescription(QStringLiteral("Records and front desk of the hospital."));
+    cl.setApplicationDescription(tolmar::install::helpText());
     cl.addHelpOption();
     cl.addVersionOption();
     const QCommandLineOption home(QStringLiteral("home"),
                                   QStringLiteral("Folder of made.sys, sysdoc.sys, key.db and "
-                                                 "Reports (default: TOLMAR_HOME or the "
-                                                 "program's folder)."),
+                                                 "Reports (default: TOLMAR_HOME, the "
+                                                 "program's folder if it holds made.sys, "
+                                                 "else ~/.local/share/tolmar-records)."),
                                   QStringLiteral("DIR"));
     const QCommandLineOption shot(QStringLiteral("screenshot"),
                                   QStringLiteral("Save the main window to FILE once shown, "
@@ -72,14 +80,64 @@ int main(int argc, char* argv[])
                                   QStringLiteral("DIR"));
     const QCommandLineOption server(QStringLiteral("server"),
                                     QStringLiteral("With --init-demo: a PostgreSQL server "
-                                                   "HOST[:PORT] instead of SQLite files."),
+                                                   "HOST[:PORT] instead of SQLite files; with "
+                                                   "--init-desk: the desk's server."),
                                     QStringLiteral("HOST"));
     const QCommandLineOption patients(QStringLiteral("patients"),
                                       QStringLiteral("With --init-demo: how many synthetic "
                                                      "patients (default 300)."),
                                       QStringLiteral("N"), QStringLiteral("300"));
     cl.addOptions({home, shot, openScreen, demo, server, patients});
+    const QCommandLineOption initServer(
+        QStringLiteral("init-server"),
+        QStringLiteral("Set a hospital's server up (HOST[:PORT], or sqlite:DIR) without demo "
+                       "data, or upgrade it with --upgrade; then exit."),
+        QStringLiteral("HOST"));
+    const QCommandLineOption database(QStringLiteral("database"),
+                                      QStringLiteral("With --init-server or --init-desk: the "
+                                                     "PostgreSQL database (default tolmar)."),
+                                      QStringLiteral("NAME"));
+    const QCommandLineOption hno(QStringLiteral("hospital-number"),
+                                 QStringLiteral("The hospital number, three letters or digits."),
+                                 QStringLiteral("HNO"));
+    const QCommandLineOption hname(QStringLiteral("hospital-name"),
+                                   QStringLiteral("With --init-server: the hospital's name."),
+                                   QStringLiteral("NAME"));
+    const QCommandLineOption admin(QStringLiteral("admin"),
+                                   QStringLiteral("With --init-server: the administrator's user "
+                                                  "name (holds RECORDS and MANAGEMENT)."),
+                                   QStringLiteral("USER"));
+    const QCommandLineOption upgrade(QStringLiteral("upgrade"),
+                                     QStringLiteral("With --init-server: upgrade an older "
+                                                    "schema, one transaction per step."));
+    const QCommandLineOption initDesk(QStringLiteral("init-desk"),
+                                      QStringLiteral("Set a desk's folder up against --server "
+                                                     "and exit."),
+                                      QStringLiteral("DIR"));
+    const QCommandLineOption user(QStringLiteral("user"),
+                                  QStringLiteral("With --init-desk: the user signed on at the "
+                                                 "desk (default: the login name)."),
+                                  QStringLiteral("NAME"));
+    cl.addOptions({initServer, database, hno, hname, admin, upgrade, initDesk, user});
     cl.process(app);
+
+    try {
+        if (cl.isSet(initServer)) {
+            tolmar::install::initServer({cl.value(initServer), cl.value(database),
+                                         {cl.value(hno), cl.value(hname), {}, {}},
+                                         cl.value(admin), cl.isSet(upgrade), tell});
+            return 0;
+        }
+        if (cl.isSet(initDesk)) {
+            const QString who = cl.isSet(user) ? cl.value(user) : qEnvironmentVariable("USER");
+            tolmar::install::initDesk({cl.value(initDesk), cl.value(server), cl.value(database),
+                                       cl.value(hno), who, tell});
+            return 0;
+        }
+    } catch (const tolmar::SetupError& e) {
+        say(e.message());
+        return e.exitCode();
+    }
 
     if (cl.isSet(demo)) {
         tolmar::DemoOptions o;
@@ -106,7 +164,7 @@ int main(int argc, char* argv[])
     if (homeDir.isEmpty())
         homeDir = qEnvironmentVariable("TOLMAR_HOME");
     if (homeDir.isEmpty())
-        homeDir = QApplication::applicationDirPath();
+        homeDir = tolmar::install::defaultHome(QApplication::applicationDirPath());
     homeDir = QDir(homeDir).absolutePath();
 
     tolmar::QtPrompter prompter;

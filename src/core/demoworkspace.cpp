@@ -1,5 +1,6 @@
 #include "core/demoworkspace.h"
 
+#include "core/installation.h"
 #include "patients/patientgenerator.h"
 #include "platform/db.h"
 #include "platform/files.h"
@@ -25,6 +26,19 @@ QString readResource(const QString& path)
 }
 
 }  // namespace
+
+void writeDemoData(const db::ServerConfig& config)
+{
+    install::writeHospital(config, {QStringLiteral("001"),
+                                    QStringLiteral("TOLMAR SPECIALIST HOSPITAL"),
+                                    QStringLiteral("12 HOSPITAL ROAD, IKEJA, LAGOS"),
+                                    QStringLiteral("08012345678")});
+    // Every file of db/demo, in name order; later features add their own file.
+    db::SchemaMigrator migrator(config);
+    QDir demo(QStringLiteral(":/db/demo"));
+    for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name))
+        migrator.runScript(readResource(demo.filePath(f)));
+}
 
 void createDemoWorkspace(const DemoOptions& o)
 {
@@ -65,12 +79,8 @@ void createDemoWorkspace(const DemoOptions& o)
             QStringLiteral("%1 already holds a database; the demo fills only empty ones.")
                 .arg(config.describe())
                 .toStdString());
-    migrator.migrate();
-
-    // Demo data: every file of db/demo, in name order; later features add their own file.
-    QDir demo(QStringLiteral(":/db/demo"));
-    for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name))
-        migrator.runScript(readResource(demo.filePath(f)));
+    install::migrateWithDefaults(migrator, 0);
+    writeDemoData(config);
 
     if (o.patients > 0) {
         QElapsedTimer t;

@@ -2,6 +2,8 @@
 // A complete workspace for trying the program: the settings files, the local list of
 // server locations, the five databases migrated and filled with demo data.
 
+#include "platform/db.h"
+
 #include <QString>
 
 #include <functional>
@@ -14,6 +16,10 @@ struct DemoOptions {
     qint64 patients = 300;
     std::function<void(const QString&)> log;  // progress lines for the person waiting
 };
+
+// The demo's hospital, people, payers and price lists, over a migrated schema that holds the
+// defaults every installation has.
+void writeDemoData(const db::ServerConfig& config);
 
 // Throws on failure (the description says what went wrong).
 void createDemoWorkspace(const DemoOptions& options);

@@ -80,12 +80,8 @@ void checkSchema(AppContext& ctx)
     if (current == latest)
         return;
     if (current > latest)
-        throw FatalCondition(
-            QStringLiteral("The database is of version %1, newer than this program knows (%2).\r\n"
-                           "Please install the current version of the program.")
-                .arg(current)
-                .arg(latest),
-            kExitSchema, QStringLiteral("Database Version"), Icon::Critical);
+        throw FatalCondition(newerSchemaMessage(current, latest), kExitSchema,
+                             QStringLiteral("Database Version"), Icon::Critical);
     const bool upgrade = ctx.prompter().ask(
         QStringLiteral("The database is of version %1 and this program needs version %2.\r\n"
                        "Upgrade the database now?")
@@ -100,6 +96,14 @@ void checkSchema(AppContext& ctx)
 }
 
 }  // namespace
+
+QString newerSchemaMessage(int current, int latest)
+{
+    return QStringLiteral("The database is of version %1, newer than this program knows (%2).\r\n"
+                          "Please install the current version of the program.")
+        .arg(current)
+        .arg(latest);
+}
 
 MadeSys parseMadeSys(const QStringList& lines)
 {

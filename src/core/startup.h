@@ -31,6 +31,9 @@ struct MadeSys {
 };
 MadeSys parseMadeSys(const QStringList& lines);
 
+// Why the program refuses a database whose schema is newer than it knows.
+QString newerSchemaMessage(int current, int latest);
+
 // The server name up to, not including, its first backslash.
 QString serverHostOf(const QString& serverName);
 

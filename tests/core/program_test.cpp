@@ -1,39 +1,15 @@
 // The program as a script or the launcher starts it: the options, the exit status of every
 // fatal start-up condition and its line on stderr, and a whole demo workspace.
+#include "support/program.h"
 #include "support/workspace.h"
 
 #include "core/appdefaults.h"
 
 #include <QCoreApplication>
 #include <QImage>
-#include <QProcess>
 
 using namespace tolmar;
 using namespace tolmar::test;
-
-namespace {
-
-struct Outcome {
-    int status = -1;
-    QString err;
-};
-
-Outcome runProgram(const QStringList& args)
-{
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    p.setProcessEnvironment(env);
-    p.start(qEnvironmentVariable("TOLMAR_BINARY"), args);
-    if (!p.waitForFinished(120000)) {
-        p.kill();
-        return {};
-    }
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-            QString::fromLocal8Bit(p.readAllStandardError())};
-}
-
-}  // namespace
 
 class Program : public BackendTest {
 protected:

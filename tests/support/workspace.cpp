@@ -1,5 +1,7 @@
 #include "workspace.h"
 
+#include "core/demoworkspace.h"
+#include "core/installation.h"
 #include "core/startup.h"
 #include "platform/schema.h"
 
@@ -23,23 +25,13 @@ namespace tolmar::test {
 
 namespace {
 
-QString readResource(const QString& path)
-{
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly))
-        throw std::runtime_error("cannot read " + path.toStdString());
-    return QString::fromUtf8(f.readAll());
-}
-
 // The five databases of a new installation with the demo data, at `config`.
 void buildDatabases(const db::ServerConfig& config)
 {
     db::SchemaMigrator m(config);
     m.createDatabases();
-    m.migrate();
-    QDir demo(QStringLiteral(":/db/demo"));
-    for (const QString& f : demo.entryList({QStringLiteral("*.sql")}, QDir::Files, QDir::Name))
-        m.runScript(readResource(demo.filePath(f)));
+    install::migrateWithDefaults(m, 0);
+    writeDemoData(config);
 }
 
 QString pgServer() { return qEnvironmentVariable("TOLMAR_TEST_PG"); }

@@ -1,4 +1,4 @@
--- Demo installation: the disease codes of the diagnosis list (a selection of ICD-10),
+-- Every installation: the disease codes of the diagnosis list (a selection of ICD-10),
 -- and the company's accounting periods, one per calendar month.
 --@db HOSPITAL
 
