@@ -1,6 +1,7 @@
 #!/bin/sh
-# Builds the region file fuzzer by hand (it is not part of the normal build):
+# Builds the fuzzers by hand (they are not part of the normal build):
 #   fuzz/build.sh && build-fuzz/region_file_fuzzer -max_total_time=120 build-fuzz/corpus
+#   build-fuzz/filter_fuzzer -max_total_time=120 build-fuzz/filter-corpus
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 out="$root/build-fuzz"
@@ -13,4 +14,7 @@ clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -fno-sanitize-reco
 # Seed the corpus with one real file: a header and two rectangles.
 printf '\040\000\000\000\001\000\000\000\002\000\000\000\040\000\000\000\000\000\000\000\000\000\000\000\012\000\000\000\012\000\000\000\000\000\000\000\000\000\000\000\005\000\000\000\005\000\000\000\005\000\000\000\005\000\000\000\012\000\000\000\012\000\000\000' \
     > "$out/corpus/seed.rgn"
-echo "built $out/region_file_fuzzer"
+mkdir -p "$out/filter-corpus"
+clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=undefined \
+    -I "$root/src" "$root/fuzz/filter_fuzzer.cpp" "$engine"/*.cpp -o "$out/filter_fuzzer"
+echo "built $out/region_file_fuzzer and $out/filter_fuzzer"
