@@ -279,7 +279,11 @@ auto amount(int lo, int hi, int far)
 const std::vector<FilterRow>& rows()
 {
     static const std::vector<FilterRow> table = {
-        {"Soften", row([](std::mt19937& g) { return P{double(draw(g, 0, 5) ? draw(g, -30, 110) : -30000), double(draw(g, 0, 1))}; },
+        {"Soften", row([](std::mt19937& g) {
+                           // Each of the engine's paths: 16-bit lanes, the float quotient, wide sums.
+                           const int pick[4] = {draw(g, -30, 110), draw(g, 95, 104), -1000 - draw(g, 0, 99), -30000};
+                           return P{double(pick[draw(g, 0, 3)]), double(draw(g, 0, 1))};
+                       },
                        [](cBitFilter& f, P p) { return f.Soften(int(p[0]), p[1] != 0); },
                        [](const BitsBuffer& s, const Region* reg, P p) {
                            const long a = long(p[0]);
@@ -288,7 +292,7 @@ const std::vector<FilterRow>& rows()
                                return s;
                            return each(s, reg, {1, 1, rb, rb}, [&](int x, int y, const Px& px, int c) {
                                const long n4 = s.at(c, x - 1, y) + s.at(c, x + 1, y) + s.at(c, x, y - 1) + s.at(c, x, y + 1);
-                               return int((chan(px, c) * (101 - a) + n4) / (105 - a));
+                               return ref::clamp255((chan(px, c) * (101 - a) + n4) / (105 - a));
                            });
                        })},
         {"Sharpen", row(amount(-40, 112, -30000), [](cBitFilter& f, P p) { return f.Sharpen(int(p[0])); },

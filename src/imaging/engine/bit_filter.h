@@ -105,6 +105,7 @@ public:
     BitsBuffer TakeBits();
     // Lets tests run the plain code where the machine would take the AVX2 one.
     void AllowWideVectors(bool allow) { m_allowWideVectors = allow; }
+    bool WideVectorsAllowed() const { return m_allowWideVectors; }
 
     // --- size operations: these change the held image ----------------------------------
     void BitsBlack();

@@ -35,8 +35,9 @@ TOLMAR_WIDE void softenRow(const uint8_t* __restrict s, uint8_t* __restrict d, i
                            Stride st, int32_t w, int32_t dv, float inv)
 {
     for (int32_t i = 0; i < n * 4; ++i) {
+        // Only amounts 102 to 104 (a negative centre weight) can leave the byte range.
         const int32_t num = s[i] * w + s[i - 4] + s[i + 4] + s[i - st] + s[i + st];
-        d[i] = static_cast<uint8_t>(exactQuotient(num, dv, inv));
+        d[i] = static_cast<uint8_t>(std::clamp(exactQuotient(num, dv, inv), 0, 255));
     }
 }
 
@@ -62,23 +63,101 @@ TOLMAR_WIDE void laplaceRow(const uint8_t* __restrict s, uint8_t* __restrict d, 
     }
 }
 
-template <bool Max, bool Diagonal>
-TOLMAR_WIDE void rankRow(const uint8_t* __restrict s, uint8_t* __restrict d, int32_t n,
-                         Stride st)
+// The centre and four neighbours at the given byte offsets.
+TOLMAR_WIDE void minRow(const uint8_t* __restrict s, uint8_t* __restrict d, int32_t n, Stride a,
+                        Stride b, Stride c, Stride e)
 {
-    const Stride a = Diagonal ? -st - 4 : -4;
-    const Stride b = Diagonal ? -st + 4 : 4;
-    const Stride c = Diagonal ? st - 4 : -st;
-    const Stride e = Diagonal ? st + 4 : st;
-    for (int32_t i = 0; i < n * 4; ++i) {
-        uint8_t v = s[i];
-        if constexpr (Max)
-            v = std::max({v, s[i + a], s[i + b], s[i + c], s[i + e]});
-        else
-            v = std::min({v, s[i + a], s[i + b], s[i + c], s[i + e]});
-        d[i] = v;
+    for (int32_t i = 0; i < n * 4; ++i)
+        d[i] = std::min({s[i], s[i + a], s[i + b], s[i + c], s[i + e]});
+}
+
+TOLMAR_WIDE void maxRow(const uint8_t* __restrict s, uint8_t* __restrict d, int32_t n, Stride a,
+                        Stride b, Stride c, Stride e)
+{
+    for (int32_t i = 0; i < n * 4; ++i)
+        d[i] = std::max({s[i], s[i + a], s[i + b], s[i + c], s[i + e]});
+}
+
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+#define TOLMAR_AT(p) _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))
+
+__attribute__((target("avx2"))) inline __m256i rankPick(__m256i x, __m256i y, bool max)
+{
+    return max ? _mm256_max_epu8(x, y) : _mm256_min_epu8(x, y);
+}
+
+// The same rank over 32 bytes at a time, the spare bytes put back by a blend in the same
+// pass.
+template <bool Max>
+__attribute__((target("avx2"))) void rankAvx2(const uint8_t* s, uint8_t* d, int32_t n,
+                                              Stride a, Stride b, Stride c, Stride e)
+{
+    const __m256i spare = _mm256_set1_epi32(int32_t(kSpareMask));
+    const int32_t bytes = n * 4;
+    int32_t i = 0;
+    for (; i + 32 <= bytes; i += 32) {
+        const __m256i v = TOLMAR_AT(s + i);
+        const __m256i r = rankPick(
+            rankPick(rankPick(v, TOLMAR_AT(s + i + a), Max),
+                     rankPick(TOLMAR_AT(s + i + b), TOLMAR_AT(s + i + c), Max), Max),
+            TOLMAR_AT(s + i + e), Max);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i), _mm256_blendv_epi8(r, v, spare));
+    }
+    for (; i < bytes; ++i) {
+        const uint8_t r = Max ? std::max({s[i], s[i + a], s[i + b], s[i + c], s[i + e]})
+                              : std::min({s[i], s[i + a], s[i + b], s[i + c], s[i + e]});
+        d[i] = i % 4 == 3 ? s[i] : r;
     }
 }
+
+// Soften in 16-bit lanes for 0 <= w and dv <= 257, where the numerator stays below 2^16:
+// q0 = num * floor(2^16 / dv) >> 16 is the quotient or one less, and the remainder
+// settles which.
+__attribute__((target("avx2"))) inline __m256i softenHalf(__m256i c, __m256i n4, __m256i vw,
+                                                          __m256i vd, __m256i vdm1,
+                                                          __m256i magic)
+{
+    const __m256i num = _mm256_add_epi16(_mm256_mullo_epi16(c, vw), n4);
+    const __m256i q = _mm256_mulhi_epu16(num, magic);
+    const __m256i r = _mm256_sub_epi16(num, _mm256_mullo_epi16(q, vd));
+    // r >= dv, unsigned: max(r, dv - 1) differs from dv - 1 exactly when r > dv - 1; the
+    // compare gives -1 where they are equal, so q - (equal ? 0 : -1).
+    const __m256i equal = _mm256_cmpeq_epi16(_mm256_max_epu16(r, vdm1), vdm1);
+    return _mm256_sub_epi16(q, _mm256_xor_si256(equal, _mm256_set1_epi16(-1)));
+}
+
+__attribute__((target("avx2"))) void softenAvx2(const uint8_t* s, uint8_t* d, int32_t n,
+                                                Stride st, int32_t w, int32_t dv)
+{
+    const __m256i spare = _mm256_set1_epi32(int32_t(kSpareMask));
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i vw = _mm256_set1_epi16(int16_t(w));
+    const __m256i vd = _mm256_set1_epi16(int16_t(dv));
+    const __m256i vdm1 = _mm256_set1_epi16(int16_t(dv - 1));
+    const __m256i magic = _mm256_set1_epi16(int16_t(uint16_t(65536 / dv)));
+    const int32_t bytes = n * 4;
+    int32_t i = 0;
+    for (; i + 32 <= bytes; i += 32) {
+        const __m256i v = TOLMAR_AT(s + i);
+        const __m256i l = TOLMAR_AT(s + i - 4), r = TOLMAR_AT(s + i + 4);
+        const __m256i u = TOLMAR_AT(s + i - st), b = TOLMAR_AT(s + i + st);
+        const __m256i lo = _mm256_add_epi16(
+            _mm256_add_epi16(_mm256_unpacklo_epi8(l, zero), _mm256_unpacklo_epi8(r, zero)),
+            _mm256_add_epi16(_mm256_unpacklo_epi8(u, zero), _mm256_unpacklo_epi8(b, zero)));
+        const __m256i hi = _mm256_add_epi16(
+            _mm256_add_epi16(_mm256_unpackhi_epi8(l, zero), _mm256_unpackhi_epi8(r, zero)),
+            _mm256_add_epi16(_mm256_unpackhi_epi8(u, zero), _mm256_unpackhi_epi8(b, zero)));
+        const __m256i q = _mm256_packus_epi16(
+            softenHalf(_mm256_unpacklo_epi8(v, zero), lo, vw, vd, vdm1, magic),
+            softenHalf(_mm256_unpackhi_epi8(v, zero), hi, vw, vd, vdm1, magic));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i), _mm256_blendv_epi8(q, v, spare));
+    }
+    for (; i < bytes; ++i)
+        d[i] = i % 4 == 3 ? s[i]
+                          : uint8_t((s[i] * w + s[i - 4] + s[i + 4] + s[i - st] + s[i + st]) / dv);
+}
+#undef TOLMAR_AT
+#endif
 
 // One tap of the general kernel over a run of bytes.
 TOLMAR_WIDE void addTap32(const uint8_t* __restrict s, int32_t* __restrict acc, int32_t bytes,
@@ -93,6 +172,20 @@ TOLMAR_WIDE void addTap64(const uint8_t* __restrict s, int64_t* __restrict acc, 
 {
     for (int32_t i = 0; i < bytes; ++i)
         acc[i] += k * s[i];
+}
+
+TOLMAR_WIDE void addTap16(const uint8_t* __restrict s, int16_t* __restrict acc, int32_t bytes,
+                          int16_t k)
+{
+    for (int32_t i = 0; i < bytes; ++i)
+        acc[i] = static_cast<int16_t>(acc[i] + k * s[i]);
+}
+
+TOLMAR_WIDE void clampOffsetRow16(const int16_t* __restrict acc, uint8_t* __restrict d,
+                                  int32_t bytes, int16_t offset)
+{
+    for (int32_t i = 0; i < bytes; ++i)
+        d[i] = static_cast<uint8_t>(std::clamp(acc[i] + offset, 0, 255));
 }
 
 TOLMAR_WIDE void clampOffsetRow(const int32_t* __restrict acc, uint8_t* __restrict d,
@@ -116,6 +209,14 @@ BitsBuffer cBitFilter::Soften(int32_t amount, bool smallerBox)
     if (smallerBox)
         shape.marginRight = shape.marginBottom = 3;
     const Stride st = static_cast<Stride>(m_bits.stride());
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+    if (w >= 0 && dv >= 2 && dv <= 257 && m_allowWideVectors && cpuHasAvx2())
+        return runFilter(
+            [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+                softenAvx2(s, d, n, st, int32_t(w), int32_t(dv));
+            },
+            shape);
+#endif
     if (dv <= kFastDivisor) {
         const float inv = 1.0f / static_cast<float>(dv);
         return runFilter(
@@ -130,8 +231,8 @@ BitsBuffer cBitFilter::Soften(int32_t amount, bool smallerBox)
         [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
             for (int32_t i = 0; i < n * 4; ++i)
                 if (i % 4 != 3)
-                    d[i] = static_cast<uint8_t>(
-                        (s[i] * w + s[i - 4] + s[i + 4] + s[i - st] + s[i + st]) / dv);
+                    d[i] = clampByte((s[i] * w + s[i - 4] + s[i + 4] + s[i - st] + s[i + st])
+                                     / dv);
                 else
                     d[i] = s[i];
         },
@@ -270,24 +371,28 @@ namespace {
 template <bool Diagonal>
 BitsBuffer rankFilter(cBitFilter& f, int32_t mode, Stride st)
 {
+    const bool wide = f.WideVectorsAllowed() && cpuHasAvx2();
     // Mode 0 takes the minimum and keeps off the box's edge; mode 1 takes the maximum over
     // the whole box. Any other mode writes the starting value, 0.
-    if (mode == 0)
+    const Stride o[4] = {Diagonal ? -st - 4 : -4, Diagonal ? -st + 4 : 4,
+                         Diagonal ? st - 4 : -st, Diagonal ? st + 4 : st};
+    if (mode == 0 || mode == 1)
         return f.runFilter(
-            [st](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-                inChunks(s, d, n, [st](const uint8_t* a, uint8_t* b, int32_t m) {
-                    rankRow<false, Diagonal>(a, b, m, st);
+            [&o, mode, wide](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+                if (wide)
+                    return mode == 0 ? rankAvx2<false>(s, d, n, o[0], o[1], o[2], o[3])
+                                     : rankAvx2<true>(s, d, n, o[0], o[1], o[2], o[3]);
+#endif
+                (void)wide;
+                inChunks(s, d, n, [&o, mode](const uint8_t* a, uint8_t* b, int32_t m) {
+                    if (mode == 0)
+                        minRow(a, b, m, o[0], o[1], o[2], o[3]);
+                    else
+                        maxRow(a, b, m, o[0], o[1], o[2], o[3]);
                 });
             },
-            1);
-    if (mode == 1)
-        return f.runFilter(
-            [st](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-                inChunks(s, d, n, [st](const uint8_t* a, uint8_t* b, int32_t m) {
-                    rankRow<true, Diagonal>(a, b, m, st);
-                });
-            },
-            0);
+            1 - mode);
     return f.runFilter(
         [](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
             for (int32_t i = 0; i < n; ++i)
@@ -437,6 +542,23 @@ BitsBuffer cBitFilter::MaskFilter(const std::vector<int32_t>& kernel, int32_t si
     const Stride st = static_cast<Stride>(m_bits.stride());
     const int64_t div = args.scaleDiv == 0 ? 1 : args.scaleDiv;
 
+    // Small kernels with small weights sum in 16 bits: twice the lanes.
+    if (plain && weight * 255 + std::abs(int64_t(args.offset)) < (1 << 15)) {
+        std::vector<int16_t> acc;
+        return runFilter(
+            [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+                inChunks(s, d, n, [&](const uint8_t* a, uint8_t* b, int32_t m) {
+                    acc.assign(std::size_t(m) * 4, 0);
+                    for (int32_t j = 0; j < size; ++j)
+                        for (int32_t i = 0; i < size; ++i)
+                            if (const int32_t k = kernel[std::size_t(j) * size + i])
+                                addTap16(a + (j - half) * st + (i - half) * 4, acc.data(),
+                                         m * 4, int16_t(k));
+                    clampOffsetRow16(acc.data(), b, m * 4, int16_t(args.offset));
+                });
+            },
+            shape);
+    }
     if (plain && narrow) {
         std::vector<int32_t> acc;
         return runFilter(

@@ -16,7 +16,23 @@
 #define TOLMAR_WIDE
 #endif
 
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define TOLMAR_HAVE_AVX2_LOOPS 1
+#include <immintrin.h>
+#endif
+
 namespace tolmar::imaging {
+
+// Whether hand-written AVX2 loops may run; a filter also asks WideVectorsAllowed().
+inline bool cpuHasAvx2()
+{
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+    static const bool yes = __builtin_cpu_supports("avx2");
+    return yes;
+#else
+    return false;
+#endif
+}
 
 // Loops that compute all four bytes of a pixel put the spare byte back afterwards.
 inline void restoreSpare(const uint8_t* s, uint8_t* d, int32_t n)
