@@ -169,6 +169,20 @@ BitsBuffer cBitFilter::Waves(int32_t waveLength, int32_t amplitude, int32_t phas
 
 namespace {
 
+// A turn about the image centre, its cosine and sine in single precision.
+struct Turn
+{
+    float c;
+    float sn;
+    int32_t cx;
+    int32_t cy;
+    Turn(double angle, int32_t lastX, int32_t lastY)
+        : c(std::cos(static_cast<float>(angle * kDegrees))),
+          sn(std::sin(static_cast<float>(angle * kDegrees))), cx(lastX / 2), cy(lastY / 2)
+    {
+    }
+};
+
 // The source positions of one row of a rotation, in single precision as the angle is:
 // sx = cos * dx - sin * dy + cx, sy = sin * dx + cos * dy + cy.
 TOLMAR_WIDE void rotatedRow(float c, float sn, float dy, float cx, float cy, int32_t dx0,
@@ -198,11 +212,7 @@ TOLMAR_WIDE void nearestRow(const float* __restrict fx, const float* __restrict 
 
 BitsBuffer cBitFilter::Rotate(double angle, bool background)
 {
-    const float rad = static_cast<float>(angle * kDegrees);
-    const float c = std::cos(rad);
-    const float sn = std::sin(rad);
-    const int32_t cx = m_lastX / 2;
-    const int32_t cy = m_lastY / 2;
+    const Turn t(angle, m_lastX, m_lastY);
     std::vector<float> fx, fy;
     std::vector<int32_t> ix, iy;
     const uint32_t lastX = static_cast<uint32_t>(m_lastX);
@@ -214,8 +224,8 @@ BitsBuffer cBitFilter::Rotate(double angle, bool background)
         fy.resize(std::size_t(n));
         ix.resize(std::size_t(n));
         iy.resize(std::size_t(n));
-        rotatedRow(c, sn, float(y - cy), float(cx), float(cy), x0 - cx, n, fx.data(),
-                   fy.data());
+        rotatedRow(t.c, t.sn, float(y - t.cy), float(t.cx), float(t.cy), x0 - t.cx, n,
+                   fx.data(), fy.data());
         nearestRow(fx.data(), fy.data(), n, ix.data(), iy.data());
         for (int32_t i = 0; i < n; ++i) {
             const uint32_t own = loadPixel(s + i * 4);
@@ -232,19 +242,15 @@ BitsBuffer cBitFilter::Rotate(double angle, bool background)
 
 BitsBuffer cBitFilter::RotateSmooth(double angle)
 {
-    const float rad = static_cast<float>(angle * kDegrees);
-    const float c = std::cos(rad);
-    const float sn = std::sin(rad);
-    const int32_t cx = m_lastX / 2;
-    const int32_t cy = m_lastY / 2;
+    const Turn t(angle, m_lastX, m_lastY);
     std::vector<float> fx, fy;
     const std::size_t stride = m_bits.stride();
     const uint8_t* origin = m_bits.pixel(0, 0);
     return runFilter([&](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0, int32_t y) {
         fx.resize(std::size_t(n));
         fy.resize(std::size_t(n));
-        rotatedRow(c, sn, float(y - cy), float(cx), float(cy), x0 - cx, n, fx.data(),
-                   fy.data());
+        rotatedRow(t.c, t.sn, float(y - t.cy), float(t.cx), float(t.cy), x0 - t.cx, n,
+                   fx.data(), fy.data());
         for (int32_t i = 0; i < n; ++i) {
             const uint32_t own = loadPixel(s + i * 4);
             const float px = std::clamp(fx[i], -1.0e9f, 1.0e9f);

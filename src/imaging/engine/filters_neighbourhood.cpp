@@ -290,36 +290,36 @@ inline uint8_t embossAt(const BitsBuffer& b, int32_t x, int32_t y, double k, boo
 
 } // namespace
 
-BitsBuffer cBitFilter::Emboss(int32_t amount)
+namespace {
+
+// The last column and row are not computed: they repeat the result of the column or row
+// before them (the corner that of its diagonal neighbour).
+BitsBuffer relief(cBitFilter& f, int32_t amount, bool engrave)
 {
     const double k = amount / 10.0;
-    const int32_t lastX = m_lastX;
-    const int32_t lastY = m_lastY;
-    // The last column and row are not computed: they repeat the result of the column or
-    // row before them (the corner that of its diagonal neighbour).
-    return runFilter([&](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0, int32_t y) {
+    const int32_t lastX = f.BitsWidth() - 1;
+    const int32_t lastY = f.BitsHeight() - 1;
+    const BitsBuffer& bits = f.Bits();
+    return f.runFilter([&](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0, int32_t y) {
         const int32_t yy = y == lastY ? y - 1 : y;
         for (int32_t i = 0; i < n; ++i) {
             const int32_t x = x0 + i;
-            const uint8_t g = embossAt(m_bits, x == lastX ? x - 1 : x, yy, k, false);
+            const uint8_t g = embossAt(bits, x == lastX ? x - 1 : x, yy, k, engrave);
             storePixel(d + i * 4, g * 0x010101u | (loadPixel(s + i * 4) & kSpareMask));
         }
     });
 }
 
+} // namespace
+
+BitsBuffer cBitFilter::Emboss(int32_t amount)
+{
+    return relief(*this, amount, false);
+}
+
 BitsBuffer cBitFilter::Engrave(int32_t amount)
 {
-    const double k = amount / 10.0;
-    const int32_t lastX = m_lastX;
-    const int32_t lastY = m_lastY;
-    return runFilter([&](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0, int32_t y) {
-        const int32_t yy = y == lastY ? y - 1 : y;
-        for (int32_t i = 0; i < n; ++i) {
-            const int32_t x = x0 + i;
-            const uint8_t g = embossAt(m_bits, x == lastX ? x - 1 : x, yy, k, true);
-            storePixel(d + i * 4, g * 0x010101u | (loadPixel(s + i * 4) & kSpareMask));
-        }
-    });
+    return relief(*this, amount, true);
 }
 
 BitsBuffer cBitFilter::Contour(int32_t level, Colour colour)
