@@ -81,26 +81,6 @@ inline void checkAgainstFormula(const Trial& trial, int trials = 36, uint32_t se
     }
 }
 
-// Pixel filters whose formula maps each channel on its own.
-inline Trial perChannel(std::function<EngineFn(int)> engine, std::function<int(int c, int v, int p)> fn,
-                 int lo, int hi, int yStep = 1)
-{
-    return [=](std::mt19937& rng) {
-        const int p = std::uniform_int_distribution<int>(lo, hi)(rng);
-        RefFn r = [=](const BitsBuffer& src, const Region* reg) {
-            return ref::apply(
-                src, reg,
-                [&](int, int, const Px& px, int o[3]) {
-                    o[0] = fn(0, px.b, p);
-                    o[1] = fn(1, px.g, p);
-                    o[2] = fn(2, px.r, p);
-                },
-                yStep);
-        };
-        return std::make_pair(engine(p), r);
-    };
-}
-
 inline int colourOf(std::mt19937& rng)
 {
     return std::uniform_int_distribution<int>(0, 0xFFFFFF)(rng);
