@@ -619,10 +619,10 @@ void ucScreen::BitsSharpen(int x, int y, int size, int amount)
     neighbourhoodStamp(x, y, size, true, amount);
 }
 
-void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
+std::vector<uint8_t> ucScreen::floodFrom(int x, int y, int tolerance) const
 {
     if (!canPaint(x, y))
-        return;
+        return {};
     const int w = PictureWidth();
     const int h = PictureHeight();
     const uint8_t* seed = m_bits.pixel(x, y);
@@ -639,29 +639,20 @@ void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
     };
     // Spans on an explicit stack: a picture of millions of pixels of one colour needs no
     // deeper call stack than a small one.
-    struct Seed
-    {
-        int x, y;
-    };
-    std::vector<Seed> stack{{x, y}};
-    const int saved = m_done.empty() ? 0 : 1;
-    std::vector<uint16_t> keepDone;
-    if (saved)
-        keepDone.swap(m_done); // a fill is not a stroke: every pixel it reaches is painted
+    std::vector<std::pair<int, int>> stack{{x, y}};
     while (!stack.empty()) {
-        const Seed s = stack.back();
+        const auto [sx, sy] = stack.back();
         stack.pop_back();
-        if (!matches(s.x, s.y))
+        if (!matches(sx, sy))
             continue;
-        int x0 = s.x;
-        while (x0 > 0 && matches(x0 - 1, s.y))
+        int x0 = sx;
+        while (x0 > 0 && matches(x0 - 1, sy))
             --x0;
-        int x1 = s.x;
-        while (x1 + 1 < w && matches(x1 + 1, s.y))
+        int x1 = sx;
+        while (x1 + 1 < w && matches(x1 + 1, sy))
             ++x1;
-        for (int px = x0; px <= x1; ++px)
-            seen[std::size_t(s.y) * w + px] = 1;
-        for (int ny : {s.y - 1, s.y + 1}) {
+        std::memset(&seen[std::size_t(sy) * w + x0], 1, std::size_t(x1 - x0 + 1));
+        for (int ny : {sy - 1, sy + 1}) {
             if (ny < 0 || ny >= h)
                 continue;
             bool inRun = false;
@@ -673,13 +664,156 @@ void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
             }
         }
     }
-    for (int py = 0; py < h; ++py)
-        for (int px = 0; px < w; ++px)
-            if (seen[std::size_t(py) * w + px])
-                blend(px, py, colour, opacity);
-    if (saved)
-        keepDone.swap(m_done);
+    return seen;
+}
+
+void ucScreen::blendPixel(int x, int y, uint32_t bgr, int opacity)
+{
+    blend(x, y, int32_t(((bgr >> 16) & 255) | (bgr & 0xFF00) | ((bgr & 255) << 16)), opacity);
+}
+
+void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
+{
+    const std::vector<uint8_t> seen = floodFrom(x, y, tolerance);
+    // A fill is not a stroke: every pixel it reaches is painted.
+    std::vector<uint16_t> keep;
+    keep.swap(m_done);
+    for (std::size_t i = 0; i < seen.size(); ++i)
+        if (seen[i])
+            blend(int(i % PictureWidth()), int(i / PictureWidth()), colour, opacity);
+    keep.swap(m_done);
     m_view->update();
+}
+
+void ucScreen::BitsFillTexture(int x, int y, const BitsBuffer& texture, int opacity,
+                               int tolerance)
+{
+    if (texture.empty() || texture.columns() <= 4 || texture.rows() <= 4)
+        return;
+    const int tw = texture.columns() - 4;
+    const int th = texture.rows() - 4;
+    const std::vector<uint8_t> seen = floodFrom(x, y, tolerance);
+    std::vector<uint16_t> keep;
+    keep.swap(m_done);
+    for (std::size_t i = 0; i < seen.size(); ++i)
+        if (seen[i]) {
+            const int px = int(i % PictureWidth());
+            const int py = int(i / PictureWidth());
+            blendPixel(px, py, loadPixel(texture.pixel(px % tw, py % th)), opacity);
+        }
+    keep.swap(m_done);
+    m_view->update();
+}
+
+void ucScreen::BitsPaint(int x, int y, const BitsBuffer& source, Colour key, int opacity,
+                         bool preMasked)
+{
+    if (!m_pictureExists || source.empty() || source.lowX() != -BitsBuffer::kGuard)
+        return;
+    const uint32_t keyBgr = key < 0 ? 0xFFFFFFFFu
+                                    : uint32_t(blueOf(key)) | uint32_t(greenOf(key)) << 8
+                                          | uint32_t(redOf(key)) << 16;
+    for (int sy = 0; sy < source.rows() - 4; ++sy)
+        for (int sx = 0; sx < source.columns() - 4; ++sx) {
+            const uint32_t p = loadPixel(source.pixel(sx, sy));
+            if ((p & ~kSpareMask) == keyBgr || (preMasked && (p & kSpareMask) == kSpareMask))
+                continue;
+            blendPixel(x + sx, y + sy, p & ~kSpareMask, opacity);
+        }
+    m_view->update();
+}
+
+void ucScreen::BitsBWMask(BitsBuffer& buffer)
+{
+    for (int y = buffer.lowY(); y <= buffer.highY(); ++y)
+        for (int x = buffer.lowX(); x <= buffer.highX(); ++x) {
+            uint8_t* p = buffer.pixel(x, y);
+            const uint8_t v = p[3] == 255 ? 255 : 0;
+            p[0] = p[1] = p[2] = v;
+        }
+}
+
+void ucScreen::BitsPolygon(const std::vector<int>& points, Colour colour, int width,
+                           int opacity)
+{
+    const std::size_t n = points.size() / 2;
+    if (!m_pictureExists || n == 0)
+        return;
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::size_t j = (i + 1) % n;
+        walkLine(points[2 * i], points[2 * i + 1], points[2 * j], points[2 * j + 1],
+                 [&](int u, int v) { stamp(u, v, width, colour, opacity); });
+    }
+    m_view->update();
+}
+
+void ucScreen::BitsAirbrush(int x, int y, int size, Colour colour, int opacity, int density)
+{
+    if (!m_pictureExists)
+        return;
+    const double r = size * 0.5;
+    const int reach = int(std::ceil(r));
+    for (int dy = -reach; dy <= reach; ++dy)
+        for (int dx = -reach; dx <= reach; ++dx) {
+            if (dx * dx + dy * dy > r * r)
+                continue;
+            // A small generator of the control's own: the spray differs stroke to stroke.
+            m_airbrushState ^= m_airbrushState << 13;
+            m_airbrushState ^= m_airbrushState >> 7;
+            m_airbrushState ^= m_airbrushState << 17;
+            if (int(m_airbrushState % 100) < density)
+                blend(x + dx, y + dy, colour, opacity);
+        }
+    m_view->update();
+}
+
+void ucScreen::BitsBrightness(int x, int y, int size, int amount, bool once)
+{
+    if (!m_pictureExists)
+        return;
+    const double r = std::max(size, 1) * 0.5;
+    const int reach = int(std::ceil(r));
+    for (int dy = -reach; dy <= reach; ++dy)
+        for (int dx = -reach; dx <= reach; ++dx) {
+            const int px = x + dx;
+            const int py = y + dy;
+            if (dx * dx + dy * dy > r * r || !canPaint(px, py))
+                continue;
+            if (once && !m_done.empty()) {
+                uint16_t& mark = m_done[std::size_t(py + 1) * (PictureWidth() + 2) + (px + 1)];
+                if (mark)
+                    continue;
+                mark = 1;
+            }
+            uint8_t* p = m_bits.pixel(px, py);
+            for (int c = 0; c < 3; ++c)
+                p[c] = clampByte(int64_t(p[c]) + amount);
+        }
+    m_view->update();
+}
+
+void ucScreen::BitsMasked(int x, int y, const BitsBuffer& mask, Colour colour, int opacity)
+{
+    if (!m_pictureExists || mask.empty() || mask.lowX() != -BitsBuffer::kGuard)
+        return;
+    const int mw = mask.columns() - 4;
+    const int mh = mask.rows() - 4;
+    for (int my = 0; my < mh; ++my)
+        for (int mx = 0; mx < mw; ++mx) {
+            const int grey = mask.pixel(mx, my)[0];
+            if (grey)
+                blend(x - mw / 2 + mx, y - mh / 2 + my, colour,
+                      (std::clamp(opacity, 0, 255) * grey + 127) / 255);
+        }
+    m_view->update();
+}
+
+void ucScreen::BitsMaskedLine(int x1, int y1, int x2, int y2, const BitsBuffer& mask,
+                              Colour colour, int opacity)
+{
+    if (!m_pictureExists)
+        return;
+    walkLine(x1, y1, x2, y2, [&](int u, int v) { BitsMasked(u, v, mask, colour, opacity); });
 }
 
 // --- whole-image filters ---------------------------------------------------------------------

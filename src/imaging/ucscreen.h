@@ -113,6 +113,34 @@ public:
     // Four-way flood fill of the pixels equal to the start pixel, with a stack of spans
     // rather than recursion; `tolerance` widens "equal" per channel.
     void BitsFill(int x, int y, Colour colour, int opacity = 255, int tolerance = 0);
+    // The same, each pixel taking the texture's pixel at its position repeated.
+    void BitsFillTexture(int x, int y, const BitsBuffer& texture, int opacity = 255,
+                         int tolerance = 0);
+    // Copies `source` (a buffer with guard pixels) with its top left at (x, y). Pixels equal
+    // to `key` (a colour, or -1 for none) are left out; with `preMasked` so are those whose
+    // fourth byte is 255, the mark a masked crop leaves outside its region.
+    void BitsPaint(int x, int y, const BitsBuffer& source, Colour key, int opacity,
+                   bool preMasked = false);
+    void BitsPaintPreMasked(int x, int y, const BitsBuffer& source, Colour key, int opacity)
+    {
+        BitsPaint(x, y, source, key, opacity, true);
+    }
+    // Turns a pre-masked buffer into a visible mask: white where masked out, black elsewhere.
+    static void BitsBWMask(BitsBuffer& buffer);
+    // Closed outline through the points, given as x, y pairs.
+    void BitsPolygon(const std::vector<int>& points, Colour colour, int width,
+                     int opacity = 255);
+    // Radius size * 0.5; each point of the circle is painted where a draw in [0, 100)
+    // falls below `density`.
+    void BitsAirbrush(int x, int y, int size, Colour colour, int opacity, int density);
+    // Adds `amount` to every channel inside the circle, clamped; with `once` the stroke's
+    // done table keeps a pixel from being changed twice.
+    void BitsBrightness(int x, int y, int size, int amount, bool once);
+    // A stamp through a mask centred on (x, y): the mask's grey (its blue byte) scales the
+    // opacity, 255 the full opacity and 0 nothing.
+    void BitsMasked(int x, int y, const BitsBuffer& mask, Colour colour, int opacity);
+    void BitsMaskedLine(int x1, int y1, int x2, int y2, const BitsBuffer& mask, Colour colour,
+                        int opacity);
 
     // --- whole-image filters ------------------------------------------------------------
     using FilterCall = std::function<BitsBuffer(cBitFilter&)>;
@@ -145,6 +173,10 @@ private:
     void stamp(int cx, int cy, int size, Colour colour, int opacity);
     void neighbourhoodStamp(int x, int y, int size, bool sharpen, int amount);
     void finishJob();
+    // The pixels a fill from (x, y) reaches, one flag per pixel; empty when it starts off
+    // the picture or outside the selection.
+    std::vector<uint8_t> floodFrom(int x, int y, int tolerance) const;
+    void blendPixel(int x, int y, uint32_t bgr, int opacity);
 
     QWidget* m_view = nullptr;
     QScrollBar* m_hSB = nullptr;
@@ -165,6 +197,7 @@ private:
     bool m_grabbing = false;
 
     std::unique_ptr<Job> m_job;
+    uint64_t m_airbrushState = 0x9E3779B97F4A7C15ull;
 };
 
 } // namespace tolmar::imaging

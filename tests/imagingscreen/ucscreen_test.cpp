@@ -169,6 +169,64 @@ TEST(ucScreen, FillOfALargePictureNeedsNoDeepStackAndStopsAtEdges)
     EXPECT_EQ(s.BitsGetPixel(20, 10), 0xFFFFFF);
 }
 
+TEST(ucScreen, CopiesMasksSprayAndBrightness)
+{
+    ucScreen s;
+    const QRgb grey = qRgb(100, 100, 100);
+    // A 3 x 2 source: one pixel is the key, one is masked out by its fourth byte.
+    BitsBuffer src(3, 2);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x)
+            src.at(2, x, y) = 250; // red
+    src.at(0, 1, 0) = 7;           // blue 7: the key below
+    src.at(2, 1, 0) = 0;
+    src.at(3, 2, 1) = 255;
+    BitsBuffer mask(3, 3);
+    mask.at(0, 1, 1) = 255; // full opacity at the centre, nothing around it
+    BitsBuffer texture(2, 1);
+    texture.at(1, 1, 0) = 255; // black, green
+    struct Case
+    {
+        const char* what;
+        std::function<void(ucScreen&)> op;
+        std::vector<std::pair<QPoint, QRgb>> want;
+    };
+    const std::vector<Case> cases = {
+        {"paint with a key and off the picture",
+         [&](ucScreen& u) { u.BitsPaint(-1, 0, src, 7 << 16, 255); },
+         {{{0, 0}, grey}, {{1, 0}, qRgb(250, 0, 0)}, {{0, 1}, qRgb(250, 0, 0)}}},
+        {"paint pre-masked", [&](ucScreen& u) { u.BitsPaintPreMasked(0, 0, src, -1, 255); },
+         {{{1, 0}, qRgb(0, 0, 7)}, {{2, 1}, grey}, {{1, 1}, qRgb(250, 0, 0)}}},
+        {"polygon corners", [](ucScreen& u) { u.BitsPolygon({1, 1, 6, 1, 3, 5}, 0xFF, 1); },
+         {{{1, 1}, qRgb(255, 0, 0)}, {{6, 1}, qRgb(255, 0, 0)}, {{3, 5}, qRgb(255, 0, 0)},
+          {{3, 3}, grey}}},
+        {"airbrush of density 0", [](ucScreen& u) { u.BitsAirbrush(4, 4, 6, 0xFF, 255, 0); },
+         {{{4, 4}, grey}}},
+        {"airbrush of density 100", [](ucScreen& u) { u.BitsAirbrush(4, 4, 2, 0xFF, 255, 100); },
+         {{{4, 4}, qRgb(255, 0, 0)}, {{5, 4}, qRgb(255, 0, 0)}, {{6, 4}, grey}}},
+        {"brightness once per stroke",
+         [](ucScreen& u) {
+             u.CreateDoneBitsTable();
+             u.BitsBrightness(4, 4, 3, 50, true);
+             u.BitsBrightness(4, 4, 3, 50, true);
+         },
+         {{{4, 4}, qRgb(150, 150, 150)}, {{7, 4}, grey}}},
+        {"stamp through a mask", [&](ucScreen& u) { u.BitsMasked(4, 4, mask, 0xFF, 255); },
+         {{{4, 4}, qRgb(255, 0, 0)}, {{5, 4}, grey}}},
+        {"fill with a texture", [&](ucScreen& u) { u.BitsFillTexture(3, 3, texture, 255); },
+         {{{0, 0}, qRgb(0, 0, 0)}, {{1, 0}, qRgb(0, 255, 0)}, {{8, 7}, qRgb(0, 0, 0)}}},
+    };
+    for (const Case& c : cases) {
+        s.setPicture(flat(9, 8, grey));
+        c.op(s);
+        for (const auto& [at, colour] : c.want)
+            EXPECT_EQ(s.Picture().pixel(at), colour) << c.what << " at " << at.x() << "," << at.y();
+    }
+    ucScreen::BitsBWMask(src);
+    EXPECT_EQ(src.at(0, 2, 1), 255);
+    EXPECT_EQ(src.at(1, 0, 0), 0);
+}
+
 TEST(ucScreen, SoftenAndSharpenDabsChangeOnlyTheirCircle)
 {
     ucScreen s;
