@@ -196,6 +196,8 @@ private:
     QPoint m_grabFrom;
     bool m_grabbing = false;
 
+    QImage m_frame; // the zoomed view, reused from paint to paint
+    std::vector<int> m_columns;
     std::unique_ptr<Job> m_job;
     uint64_t m_airbrushState = 0x9E3779B97F4A7C15ull;
 };
