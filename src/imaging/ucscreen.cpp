@@ -643,26 +643,30 @@ void ucScreen::BitsSharpen(int x, int y, int size, int amount)
     neighbourhoodStamp(x, y, size, true, amount);
 }
 
-std::vector<uint8_t> ucScreen::floodFrom(int x, int y, int tolerance) const
+std::vector<ucScreen::FillSpan> ucScreen::floodFrom(int x, int y, int tolerance) const
 {
     if (!canPaint(x, y))
         return {};
     const int w = PictureWidth();
     const int h = PictureHeight();
-    const uint8_t* seed = m_bits.pixel(x, y);
-    const int key[3] = {seed[0], seed[1], seed[2]};
+    const uint32_t key = loadPixel(m_bits.pixel(x, y)) & ~kSpareMask;
+    const bool exact = tolerance <= 0;
+    const bool anywhere = m_selection.IsEmptyRegion();
     std::vector<uint8_t> seen(std::size_t(w) * std::size_t(h), 0);
     auto matches = [&](int px, int py) {
-        if (seen[std::size_t(py) * w + px] || !canPaint(px, py))
+        if (seen[std::size_t(py) * w + px] || (!anywhere && !m_selection.PtInRegion(px, py)))
             return false;
-        const uint8_t* p = m_bits.pixel(px, py);
-        for (int c = 0; c < 3; ++c)
-            if (std::abs(p[c] - key[c]) > tolerance)
+        const uint32_t p = loadPixel(m_bits.pixel(px, py)) & ~kSpareMask;
+        if (exact)
+            return p == key;
+        for (int c = 0; c < 24; c += 8)
+            if (std::abs(int((p >> c) & 255) - int((key >> c) & 255)) > tolerance)
                 return false;
         return true;
     };
     // Spans on an explicit stack: a picture of millions of pixels of one colour needs no
     // deeper call stack than a small one.
+    std::vector<FillSpan> spans;
     std::vector<std::pair<int, int>> stack{{x, y}};
     while (!stack.empty()) {
         const auto [sx, sy] = stack.back();
@@ -676,6 +680,7 @@ std::vector<uint8_t> ucScreen::floodFrom(int x, int y, int tolerance) const
         while (x1 + 1 < w && matches(x1 + 1, sy))
             ++x1;
         std::memset(&seen[std::size_t(sy) * w + x0], 1, std::size_t(x1 - x0 + 1));
+        spans.push_back({sy, x0, x1});
         for (int ny : {sy - 1, sy + 1}) {
             if (ny < 0 || ny >= h)
                 continue;
@@ -688,7 +693,7 @@ std::vector<uint8_t> ucScreen::floodFrom(int x, int y, int tolerance) const
             }
         }
     }
-    return seen;
+    return spans;
 }
 
 void ucScreen::blendPixel(int x, int y, uint32_t bgr, int opacity)
@@ -698,14 +703,22 @@ void ucScreen::blendPixel(int x, int y, uint32_t bgr, int opacity)
 
 void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
 {
-    const std::vector<uint8_t> seen = floodFrom(x, y, tolerance);
-    // A fill is not a stroke: every pixel it reaches is painted.
-    std::vector<uint16_t> keep;
-    keep.swap(m_done);
-    for (std::size_t i = 0; i < seen.size(); ++i)
-        if (seen[i])
-            blend(int(i % PictureWidth()), int(i / PictureWidth()), colour, opacity);
-    keep.swap(m_done);
+    // A fill is not a stroke: every pixel it reaches is painted, through one table per
+    // channel since the colour and the opacity are the same for all of them.
+    const int a = std::clamp(opacity, 0, 255);
+    const int paint[3] = {blueOf(colour), greenOf(colour), redOf(colour)};
+    std::array<uint32_t, 256 * 3> table;
+    for (int c = 0; c < 3; ++c)
+        for (int v = 0; v < 256; ++v)
+            table[c * 256 + v] = uint32_t((v * (255 - a) + paint[c] * a + 127) / 255) << (8 * c);
+    for (const FillSpan& sp : floodFrom(x, y, tolerance)) {
+        uint8_t* p = m_bits.pixel(sp.x0, sp.y);
+        for (int i = 0; i <= sp.x1 - sp.x0; ++i, p += 4) {
+            const uint32_t v = loadPixel(p);
+            storePixel(p, table[v & 255] | table[256 + ((v >> 8) & 255)]
+                              | table[512 + ((v >> 16) & 255)] | (v & kSpareMask));
+        }
+    }
     m_view->update();
 }
 
@@ -716,15 +729,11 @@ void ucScreen::BitsFillTexture(int x, int y, const BitsBuffer& texture, int opac
         return;
     const int tw = texture.columns() - 4;
     const int th = texture.rows() - 4;
-    const std::vector<uint8_t> seen = floodFrom(x, y, tolerance);
     std::vector<uint16_t> keep;
     keep.swap(m_done);
-    for (std::size_t i = 0; i < seen.size(); ++i)
-        if (seen[i]) {
-            const int px = int(i % PictureWidth());
-            const int py = int(i / PictureWidth());
-            blendPixel(px, py, loadPixel(texture.pixel(px % tw, py % th)), opacity);
-        }
+    for (const FillSpan& sp : floodFrom(x, y, tolerance))
+        for (int px = sp.x0; px <= sp.x1; ++px)
+            blendPixel(px, sp.y, loadPixel(texture.pixel(px % tw, sp.y % th)), opacity);
     keep.swap(m_done);
     m_view->update();
 }

@@ -173,9 +173,13 @@ private:
     void stamp(int cx, int cy, int size, Colour colour, int opacity);
     void neighbourhoodStamp(int x, int y, int size, bool sharpen, int amount);
     void finishJob();
-    // The pixels a fill from (x, y) reaches, one flag per pixel; empty when it starts off
-    // the picture or outside the selection.
-    std::vector<uint8_t> floodFrom(int x, int y, int tolerance) const;
+    // The runs of pixels a fill from (x, y) reaches; none when it starts off the picture or
+    // outside the selection.
+    struct FillSpan
+    {
+        int y, x0, x1; // x1 inclusive
+    };
+    std::vector<FillSpan> floodFrom(int x, int y, int tolerance) const;
     void blendPixel(int x, int y, uint32_t bgr, int opacity);
 
     QWidget* m_view = nullptr;
