@@ -349,7 +349,12 @@ void ucScreen::relayout()
 
 void ucScreen::paintView(QPainter& painter)
 {
-    painter.fillRect(m_view->rect(), m_backColor);
+    // The back colour shows only where the picture does not reach.
+    const bool covered = m_pictureExists
+                      && PictureWidth() * m_zoom - m_hSB->value() >= m_view->width()
+                      && PictureHeight() * m_zoom - m_vSB->value() >= m_view->height();
+    if (!covered)
+        painter.fillRect(m_view->rect(), m_backColor);
     if (!m_pictureExists)
         return;
     // Only the visible part is drawn, scaled on the way: never a zoomed copy of the whole.
