@@ -34,6 +34,38 @@ BitsBuffer apply(const BitsBuffer& src, const Region* region, const PixelFn& fn,
     return out;
 }
 
+bool scanBox(const BitsBuffer& src, const Region* region, const Margins& m, long& l, long& t,
+             long& r, long& b)
+{
+    if (!region || region->isEmpty())
+        return false;
+    const auto box = region->box();
+    l = std::max({long(box.left) + m.l, 0L, m.minX});
+    t = std::max({long(box.top) + m.t, 0L, m.minY});
+    r = std::min({long(box.right) - m.r - 1, long(lastX(src)), m.maxX});
+    b = std::min({long(box.bottom) - m.b - 1, long(lastY(src)), m.maxY});
+    return l <= r && t <= b;
+}
+
+BitsBuffer applyIn(const BitsBuffer& src, const Region* region, const Margins& m,
+                   const PixelFn& fn)
+{
+    BitsBuffer out = src;
+    long l, t, r, b;
+    if (!scanBox(src, region, m, l, t, r, b))
+        return out;
+    for (long y = t; y <= b; ++y)
+        for (long x = l; x <= r; ++x) {
+            if (!region->contains(int(x), int(y)))
+                continue;
+            int o[3];
+            fn(int(x), int(y), at(src, int(x), int(y)), o);
+            for (int c = 0; c < 3; ++c)
+                out.at(c, int(x), int(y)) = static_cast<uint8_t>(o[c]);
+        }
+    return out;
+}
+
 long rint(double v)
 {
     return std::lrint(v);

@@ -32,6 +32,19 @@ Px at(const BitsBuffer& b, int x, int y);
 // `yStep` from the region's top row.
 BitsBuffer apply(const BitsBuffer& src, const Region* region, const PixelFn& fn, int yStep = 1);
 
+// As apply(), over a scan box: the region's bounding box moved in by the margins (left,
+// top, right, bottom), then held to the image and to the inclusive limits.
+struct Margins
+{
+    int l = 0, t = 0, r = 0, b = 0;
+    long minX = -(1L << 40), minY = -(1L << 40), maxX = 1L << 40, maxY = 1L << 40;
+};
+BitsBuffer applyIn(const BitsBuffer& src, const Region* region, const Margins& m,
+                   const PixelFn& fn);
+// The same box, for filters that need it: false when empty.
+bool scanBox(const BitsBuffer& src, const Region* region, const Margins& m, long& l, long& t,
+             long& r, long& b);
+
 long rint(double v);
 int clamp255(long v);
 

@@ -55,6 +55,49 @@ BitsBuffer cBitFilter::takeSizedBuffer(int32_t width, int32_t height)
     return out;
 }
 
+bool cBitFilter::ScanBox(const ScanShape& shape, int32_t& left, int32_t& top, int32_t& right,
+                         int32_t& bottom) const
+{
+    left = 0;
+    top = 0;
+    right = -1;
+    bottom = -1;
+    if (m_bits.empty() || !m_region || m_region->isEmpty())
+        return false;
+    const Rect box = m_region->box();
+    const int64_t yStep = std::max<int32_t>(shape.yStep, 1);
+    // The box is held to the image so that no filter writes past the guard pixels,
+    // whatever region the caller hands in.
+    const int64_t l = std::max<int64_t>({int64_t(box.left) + shape.marginLeft, 0, shape.minX});
+    const int64_t r = std::min<int64_t>(
+        {int64_t(box.right) - shape.marginRight - 1, m_lastX, shape.maxX});
+    const int64_t b = std::min<int64_t>(
+        {int64_t(box.bottom) - shape.marginBottom - 1, m_lastY, shape.maxY});
+    // Rows above the image are skipped, but a stepping filter keeps the parity of the box's
+    // own top row.
+    int64_t first = int64_t(box.top) + shape.marginTop;
+    const int64_t lowest = std::max<int64_t>(0, shape.minY);
+    if (first < lowest)
+        first += (lowest - first + yStep - 1) / yStep * yStep;
+    if (l > r || first > b)
+        return false;
+    left = static_cast<int32_t>(l);
+    right = static_cast<int32_t>(r);
+    top = static_cast<int32_t>(first);
+    bottom = static_cast<int32_t>(b);
+    return true;
+}
+
+BitsBuffer cBitFilter::unchanged()
+{
+    BitsBuffer out = takeResultBuffer();
+    m_cancelled = false;
+    if (!m_bits.empty())
+        std::memcpy(out.data(), m_bits.data(), m_bits.byteSize());
+    reportDone();
+    return out;
+}
+
 BitsBuffer cBitFilter::TakeBits()
 {
     BitsBuffer out = std::move(m_bits);

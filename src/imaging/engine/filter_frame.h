@@ -12,9 +12,10 @@
 namespace tolmar::imaging {
 
 template <class Kernel>
-BitsBuffer cBitFilter::runFilter(Kernel&& kernel, int32_t margin, int32_t yStep)
+BitsBuffer cBitFilter::runFilter(Kernel&& kernel, const ScanShape& shape)
 {
     BitsBuffer out = takeResultBuffer();
+    m_cancelled = false;
     if (m_bits.empty())
         return out;
     m_lastReport = std::chrono::steady_clock::now();
@@ -23,20 +24,8 @@ BitsBuffer cBitFilter::runFilter(Kernel&& kernel, int32_t margin, int32_t yStep)
     int32_t right = -1;
     int32_t top = 0;
     int32_t bottom = -1;
-    if (m_region && !m_region->isEmpty()) {
-        const Rect box = m_region->box();
-        // The box is held to the image so that no filter writes past the guard pixels,
-        // whatever region the caller hands in.
-        left = std::max<int64_t>(int64_t(box.left) + margin, 0);
-        right = std::min<int64_t>(int64_t(box.right) - margin - 1, m_lastX);
-        bottom = std::min<int64_t>(int64_t(box.bottom) - margin - 1, m_lastY);
-        // Rows above the image are skipped, but a stepping filter keeps the parity of the
-        // box's own top row.
-        int64_t first = int64_t(box.top) + margin;
-        if (first < 0)
-            first += (-first + yStep - 1) / yStep * yStep;
-        top = static_cast<int32_t>(std::min<int64_t>(first, int64_t(m_lastY) + 1));
-    }
+    ScanBox(shape, left, top, right, bottom);
+    const int32_t yStep = shape.yStep;
 
     const int32_t lowX = m_bits.lowX();
     const std::size_t stride = m_bits.stride();
@@ -52,6 +41,12 @@ BitsBuffer cBitFilter::runFilter(Kernel&& kernel, int32_t margin, int32_t yStep)
         std::vector<Region::Span> spans;
         std::size_t hint = 0;
         for (int32_t y = top; y <= bottom; y += yStep) {
+            // A stopped filter hands back the held image whole: no half-filtered result.
+            if (m_cancel && m_cancel->load(std::memory_order_relaxed)) {
+                std::memcpy(out.data(), m_bits.data(), m_bits.byteSize());
+                m_cancelled = true;
+                return out;
+            }
             m_region->rowSpans(y, left, right, hint, spans);
             if (spans.empty()) {
                 reportRow(y);
