@@ -88,7 +88,7 @@ TEST_P(FrontDesk, InstantFeePickedOnTheStripIsBilledOnceByTheSaveThatCommits)
     };
     for (const Case c : {Case{"saved at once", false}, Case{"saved after a failed save", true}}) {
         SCOPED_TRACE(c.what);
-        const QString surname = QLatin1String(c.firstSaveFails ? "RETRIED" : "ATONCE");
+        const QString surname = QLatin1String(c.firstSaveFails ? "OKONJO" : "ADEWALE");
         QWidget* s = newPatient(surname);
         ASSERT_NE(s, nullptr);
         pickInstantFee(QStringLiteral("MEDICAL REPORT"));
