@@ -1,7 +1,6 @@
 #pragma once
 
-// The harness of the table-driven exactness tests (test_filters.cpp keeps its own copy
-// until its cases move into tables too): random images (guard bytes included) and random
+// The harness of the exactness tests: random images (guard bytes included) and random
 // rectangular, elliptic and combined regions; the engine's result against the plain formula,
 // byte for byte, on the wide loops and on the plain ones.
 

@@ -542,9 +542,11 @@ BitsBuffer cBitFilter::MaskFilter(const std::vector<int32_t>& kernel, int32_t si
     const Stride st = static_cast<Stride>(m_bits.stride());
     const int64_t div = args.scaleDiv == 0 ? 1 : args.scaleDiv;
 
-    // Small kernels with small weights sum in 16 bits: twice the lanes.
-    if (plain && weight * 255 + std::abs(int64_t(args.offset)) < (1 << 15)) {
-        std::vector<int16_t> acc;
+    // A plain kernel sums in the narrowest accumulator its weights allow: 16 bits give
+    // twice the lanes of 32.
+    auto plainSums = [&]<typename Acc>(void (*addTap)(const uint8_t*, Acc*, int32_t, Acc),
+                                       void (*clampRow)(const Acc*, uint8_t*, int32_t, Acc)) {
+        std::vector<Acc> acc;
         return runFilter(
             [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
                 inChunks(s, d, n, [&](const uint8_t* a, uint8_t* b, int32_t m) {
@@ -552,29 +554,17 @@ BitsBuffer cBitFilter::MaskFilter(const std::vector<int32_t>& kernel, int32_t si
                     for (int32_t j = 0; j < size; ++j)
                         for (int32_t i = 0; i < size; ++i)
                             if (const int32_t k = kernel[std::size_t(j) * size + i])
-                                addTap16(a + (j - half) * st + (i - half) * 4, acc.data(),
-                                         m * 4, int16_t(k));
-                    clampOffsetRow16(acc.data(), b, m * 4, int16_t(args.offset));
+                                addTap(a + (j - half) * st + (i - half) * 4, acc.data(), m * 4,
+                                       Acc(k));
+                    clampRow(acc.data(), b, m * 4, Acc(args.offset));
                 });
             },
             shape);
-    }
-    if (plain && narrow) {
-        std::vector<int32_t> acc;
-        return runFilter(
-            [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
-                inChunks(s, d, n, [&](const uint8_t* a, uint8_t* b, int32_t m) {
-                    acc.assign(std::size_t(m) * 4, 0);
-                    for (int32_t j = 0; j < size; ++j)
-                        for (int32_t i = 0; i < size; ++i)
-                            if (const int32_t k = kernel[std::size_t(j) * size + i])
-                                addTap32(a + (j - half) * st + (i - half) * 4, acc.data(),
-                                         m * 4, k);
-                    clampOffsetRow(acc.data(), b, m * 4, args.offset);
-                });
-            },
-            shape);
-    }
+    };
+    if (plain && weight * 255 + std::abs(int64_t(args.offset)) < (1 << 15))
+        return plainSums(&addTap16, &clampOffsetRow16);
+    if (plain && narrow)
+        return plainSums(&addTap32, &clampOffsetRow);
     std::vector<int64_t> acc;
     return runFilter(
         [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
