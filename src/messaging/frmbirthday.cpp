@@ -8,7 +8,7 @@
 #include "core/sheetexport.h"
 #include "core/ui/formbuilder.h"
 #include "messaging/smscenter.h"
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 
 #include <QAbstractItemModel>
 #include <QComboBox>

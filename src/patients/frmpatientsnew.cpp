@@ -9,6 +9,7 @@
 #include "core/listentry.h"
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
+#include "core/ui/gridcells.h"
 #include "patients/patientrecord.h"
 #include "patients/patientrepo.h"
 #include "patients/registrationdesk.h"
@@ -85,24 +86,6 @@ int chooseByKey(QComboBox* box, const QString& key)
         }
     box->setCurrentIndex(-1);
     return -1;
-}
-
-int columnOf(const QAbstractItemModel* model, const QString& name)
-{
-    if (!model)
-        return -1;
-    for (int c = 0; c < model->columnCount(); ++c)
-        if (model->headerData(c, Qt::Horizontal).toString().compare(name, Qt::CaseInsensitive) ==
-            0)
-            return c;
-    return -1;
-}
-
-void hideColumn(QTableView* grid, const QString& name)
-{
-    const int c = columnOf(grid->model(), name);
-    if (c >= 0)
-        grid->setColumnHidden(c, true);
 }
 
 // A control and a companion side by side on one form row.
@@ -744,8 +727,7 @@ void frmPatientsNew::fillGrid()
         m_grdData->setModel(
             patients::registrationsOf(m_ctx.db(), m_ctx.session().serverDate, m_grdData));
         delete old;
-        hideColumn(m_grdData, QStringLiteral("expired"));
-        hideColumn(m_grdData, QStringLiteral("coyname"));
+        grid::hideColumns(m_grdData, {QStringLiteral("expired"), QStringLiteral("coyname")});
         ui::fitColumns(m_grdData, 220);
     });
 }
@@ -758,9 +740,9 @@ void frmPatientsNew::getDocWaitList()
         m_grdDoc->setModel(m_ctx.db().gridModel(clinical::DoctorAllocation::waitListSql(),
                                                 {today}, m_grdDoc));
         delete old;
-        hideColumn(m_grdDoc, QStringLiteral("EmpID"));
+        grid::hideColumns(m_grdDoc, {QStringLiteral("EmpID")});
         ui::fitColumns(m_grdDoc);
-        const int doctor = columnOf(m_grdDoc->model(), QStringLiteral("Doctor"));
+        const int doctor = grid::columnOf(m_grdDoc->model(), QStringLiteral("Doctor"));
         if (doctor >= 0)
             m_grdDoc->setColumnWidth(doctor, 280);
         clinical::DoctorAllocation(m_ctx.db(), today, false).purgePastAssignments();
@@ -815,8 +797,7 @@ void frmPatientsNew::showCardSearch(const QString& card)
         QAbstractItemModel* old = m_grdData->model();
         m_grdData->setModel(patients::patientsWithCard(m_ctx.db(), card, m_grdData));
         delete old;
-        hideColumn(m_grdData, QStringLiteral("expired"));
-        hideColumn(m_grdData, QStringLiteral("coyname"));
+        grid::hideColumns(m_grdData, {QStringLiteral("expired"), QStringLiteral("coyname")});
         ui::fitColumns(m_grdData, 220);
         showTab(TabPatients);
         if (m_grdData->model()->rowCount() > 0)
@@ -827,7 +808,7 @@ void frmPatientsNew::showCardSearch(const QString& card)
 QString frmPatientsNew::gridValue(QTableView* grid, int row, const QString& column) const
 {
     const QAbstractItemModel* model = grid->model();
-    const int c = columnOf(model, column);
+    const int c = grid::columnOf(model, column);
     return c < 0 ? QString() : model->index(row, c).data().toString();
 }
 

@@ -5,7 +5,7 @@
 #include "core/screenhost.h"
 #include "core/sheetexport.h"
 #include "core/ui/formbuilder.h"
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 #include "payers/retainership.h"
 
 #include <QComboBox>

@@ -4,7 +4,7 @@
 #include "core/command.h"
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 #include "payers/retainership.h"
 
 #include <QItemSelectionModel>

@@ -7,7 +7,7 @@
 #include "core/numbertowords.h"
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 #include "payers/tariff.h"
 
 #include <QCheckBox>

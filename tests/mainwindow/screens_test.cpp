@@ -4,7 +4,7 @@
 // registered tomorrow is covered here without a line more.
 #include "mainwindowfixture.h"
 
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 #include "platform/local.h"
 #include "support/screenkit.h"
 

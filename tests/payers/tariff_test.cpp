@@ -5,7 +5,7 @@
 
 #include "core/screenhost.h"
 #include "payers/frmtariffprice.h"
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 #include "payers/tariff.h"
 
 #include <QCheckBox>

@@ -1,4 +1,4 @@
-#include "payers/gridcells.h"
+#include "core/ui/gridcells.h"
 
 #include <QAbstractItemModel>
 #include <QStringList>

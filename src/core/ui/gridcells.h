@@ -1,5 +1,5 @@
 #pragma once
-// Reading a grid's cells by column caption (any case), as the payer screens do.
+// Reading a grid's cells by column caption (any case).
 
 #include <QString>
 
