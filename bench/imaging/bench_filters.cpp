@@ -1,6 +1,6 @@
 // Times every filter on one large image, one thread, and sets the matching OpenCV
-// operations beside them when OpenCV is there. Best of several runs, so that page faults
-// of the first run and other noise do not count.
+// operations beside them when OpenCV is there. The median of several runs: the machine is
+// shared, and a median is steadier against other people's builds than a best or a mean.
 
 #include "imaging/engine/bit_filter.h"
 
@@ -25,7 +25,13 @@ namespace {
 
 constexpr int kRuns = 11;
 
-double bestOf1(const std::function<void()>& fn)
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.size() % 2 ? v[v.size() / 2] : (v[v.size() / 2 - 1] + v[v.size() / 2]) / 2;
+}
+
+double timeOnce(const std::function<void()>& fn)
 {
     const auto t0 = std::chrono::steady_clock::now();
     fn();
@@ -33,16 +39,13 @@ double bestOf1(const std::function<void()>& fn)
     return std::chrono::duration<double, std::milli>(t1 - t0).count();
 }
 
-double bestMs(const std::function<void()>& fn)
+double medianMs(const std::function<void()>& fn)
 {
-    double best = 1e300;
-    for (int i = 0; i < kRuns; ++i) {
-        const auto t0 = std::chrono::steady_clock::now();
-        fn();
-        const auto t1 = std::chrono::steady_clock::now();
-        best = std::min(best, std::chrono::duration<double, std::milli>(t1 - t0).count());
-    }
-    return best;
+    fn(); // the first run pays the page faults
+    std::vector<double> t;
+    for (int i = 0; i < kRuns; ++i)
+        t.push_back(timeOnce(fn));
+    return median(t);
 }
 
 BitsBuffer testImage(int w, int h)
@@ -146,8 +149,8 @@ int main(int argc, char** argv)
         if (argc > 3 && name.find(argv[3]) == std::string::npos)
             continue;
         BitsBuffer keep;
-        const double fresh = bestMs([&] { keep = fn(); });
-        const double reused = bestMs([&] {
+        const double fresh = medianMs([&] { keep = fn(); });
+        const double reused = medianMs([&] {
             f.RecycleBuffer(std::move(keep));
             keep = fn();
         });
@@ -156,12 +159,12 @@ int main(int argc, char** argv)
     // The floor for a filter with no match elsewhere: one copy of the image.
     {
         BitsBuffer copy = BitsBuffer::uninitialisedLike(img);
-        const double ms = bestMs([&] { std::memcpy(copy.data(), img.data(), img.byteSize()); });
+        const double ms = medianMs([&] { std::memcpy(copy.data(), img.data(), img.byteSize()); });
         rows.push_back({"(memcpy)", ms, ms, -1, "the floor for unmatched filters"});
     }
 
     // Matched operations run alternately with their OpenCV counterpart, so that a busy
-    // machine slows both sides alike; the best of each side counts.
+    // machine slows both sides alike; the median of each side counts.
     struct Match
     {
         std::string name;
@@ -284,19 +287,22 @@ int main(int argc, char** argv)
     for (const Match& m : matches) {
         if (argc > 3 && m.name.find(argv[3]) == std::string::npos)
             continue;
-        double ours = 1e300;
-        double theirs = m.theirs ? 1e300 : -1;
+        std::vector<double> ours, theirs;
+        m.ours();
+        if (m.theirs)
+            m.theirs();
         for (int i = 0; i < kRuns * 2; ++i) {
-            ours = std::min(ours, bestOf1(m.ours));
+            ours.push_back(timeOnce(m.ours));
             if (m.theirs)
-                theirs = std::min(theirs, bestOf1(m.theirs));
+                theirs.push_back(timeOnce(m.theirs));
         }
-        rows.push_back({m.name + " *", ours, ours, theirs, m.theirName});
+        const double o = median(ours);
+        rows.push_back({m.name + " *", o, o, m.theirs ? median(theirs) : -1, m.theirName});
     }
 
-    std::printf("%d x %d (%.1f MP), one thread, best of %d; * = run alternately with the "
-                "OpenCV op (result reused)\n",
-                w, h, mp, kRuns);
+    std::printf("%d x %d (%.1f MP), one thread, median of %d (matched: %d); * = run "
+                "alternately with the OpenCV op (result reused)\n",
+                w, h, mp, kRuns, kRuns * 2);
     std::printf("%-18s %10s %10s %10s %9s %8s  %s\n", "filter", "ours ms", "fresh ms",
                 "other ms", "MP/s", "ratio", "matched with");
     for (const Row& r : rows) {

@@ -40,6 +40,68 @@ private:
     ucScreen* m_owner;
 };
 
+// A paint tool's rubber band: a dashed line, rectangle or ellipse between two picture
+// points, laid over the view; it lets the mouse through to the view below.
+class ucScreen::Band : public QWidget
+{
+public:
+    Band(Shape kind, const char* name, QWidget* view) : QWidget(view), m_kind(kind)
+    {
+        setObjectName(name);
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setAttribute(Qt::WA_NoSystemBackground);
+        hide();
+    }
+    Shape kind() const { return m_kind; }
+    QPoint from, to; // picture coordinates
+    bool shown = false;
+
+    // Covers the two points' box at the zoom, a pixel's centre being where a point is.
+    void place(int zoom, int h, int v)
+    {
+        auto at = [&](const QPoint& p) {
+            return QPoint(p.x() * zoom - h + zoom / 2, p.y() * zoom - v + zoom / 2);
+        };
+        m_a = at(from);
+        m_b = at(to);
+        const QRect box = corners(m_a, m_b).adjusted(-1, -1, 1, 1);
+        setGeometry(box);
+        m_a -= box.topLeft();
+        m_b -= box.topLeft();
+        setVisible(shown);
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter p(this);
+        // Black dashes over white: visible on any picture.
+        for (const auto& [colour, style] :
+             {std::pair{Qt::white, Qt::SolidLine}, {Qt::black, Qt::DashLine}}) {
+            p.setPen(QPen(colour, 1, style));
+            p.setBrush(Qt::NoBrush);
+            const QRect r = corners(m_a, m_b);
+            switch (m_kind) {
+            case Shape::Line: p.drawLine(m_a, m_b); break;
+            case Shape::Rectangle: p.drawRect(r); break;
+            case Shape::Ellipse: p.drawEllipse(r); break;
+            }
+        }
+    }
+
+private:
+    // The box with both points on it (QRect::normalized would move a reversed corner in).
+    static QRect corners(QPoint a, QPoint b)
+    {
+        return QRect(QPoint(std::min(a.x(), b.x()), std::min(a.y(), b.y())),
+                     QPoint(std::max(a.x(), b.x()), std::max(a.y(), b.y())));
+    }
+
+    Shape m_kind;
+    QPoint m_a, m_b;
+};
+
 // A filter running on a copy of the picture: the worker owns the copy, the filter and the
 // result until it hands them back on the UI thread.
 struct ucScreen::Job
@@ -69,9 +131,13 @@ ucScreen::ucScreen(QWidget* parent) : QWidget(parent)
     m_tmrSelection->setInterval(120);
     m_shp = new QRubberBand(QRubberBand::Rectangle, m_view);
     m_shp->setObjectName("shp");
+    m_shp->hide();
+    m_shpLine = new Band(Shape::Line, "shpLine", m_view);
+    m_shpRect = new Band(Shape::Rectangle, "shpRect", m_view);
+    m_shpEllp = new Band(Shape::Ellipse, "shpEllp", m_view);
     // Both bars' change and scroll signals end in the same repaint.
-    connect(m_hSB, &QScrollBar::valueChanged, m_view, qOverload<>(&QWidget::update));
-    connect(m_vSB, &QScrollBar::valueChanged, m_view, qOverload<>(&QWidget::update));
+    connect(m_hSB, &QScrollBar::valueChanged, this, [this] { placeBands(); m_view->update(); });
+    connect(m_vSB, &QScrollBar::valueChanged, this, [this] { placeBands(); m_view->update(); });
     connect(m_tmrSelection, &QTimer::timeout, this, [this] {
         if (m_selection.IsEmptyRegion())
             return;
@@ -276,16 +342,57 @@ void ucScreen::UpdateRegion()
 
 void ucScreen::ShowShape(const QRect& imageRect)
 {
-    const QRect r(imageRect.left() * m_zoom - m_hSB->value(),
-                  imageRect.top() * m_zoom - m_vSB->value(), imageRect.width() * m_zoom,
-                  imageRect.height() * m_zoom);
-    m_shp->setGeometry(r.normalized());
-    m_shp->show();
+    m_shpArea = imageRect.normalized();
+    m_shpShown = true;
+    placeBands();
+}
+
+void ucScreen::ShowShape(Shape kind, const QPoint& from, const QPoint& to)
+{
+    for (Band* b : {m_shpLine, m_shpRect, m_shpEllp})
+        if (b->kind() == kind) {
+            b->from = from;
+            b->to = to;
+            b->shown = true;
+        }
+    placeBands();
 }
 
 void ucScreen::HideShape()
 {
+    m_shpShown = false;
     m_shp->hide();
+    for (Band* b : {m_shpLine, m_shpRect, m_shpEllp}) {
+        b->shown = false;
+        b->hide();
+    }
+}
+
+void ucScreen::placeBands()
+{
+    const int h = m_hSB->value();
+    const int v = m_vSB->value();
+    if (m_shpShown) {
+        m_shp->setGeometry(m_shpArea.left() * m_zoom - h, m_shpArea.top() * m_zoom - v,
+                           m_shpArea.width() * m_zoom, m_shpArea.height() * m_zoom);
+        m_shp->show();
+    }
+    for (Band* b : {m_shpLine, m_shpRect, m_shpEllp})
+        if (b->shown)
+            b->place(m_zoom, h, v);
+}
+
+void ucScreen::SetAutoRedraw(bool on)
+{
+    m_autoRedraw = on;
+    if (on)
+        m_view->update();
+}
+
+void ucScreen::redraw()
+{
+    if (m_autoRedraw)
+        m_view->update();
 }
 
 void ucScreen::StartTimer()
@@ -344,6 +451,7 @@ void ucScreen::relayout()
     const bool scrolls = m_hSB->maximum() > 0 || m_vSB->maximum() > 0;
     m_view->setCursor(scrolls ? (m_grabbing ? Qt::ClosedHandCursor : Qt::OpenHandCursor)
                               : Qt::ArrowCursor);
+    placeBands();
     m_view->update();
 }
 
@@ -544,7 +652,7 @@ void ucScreen::BitsLine(int x1, int y1, int x2, int y2, Colour colour, int width
     if (!m_pictureExists)
         return;
     walkLine(x1, y1, x2, y2, [&](int x, int y) { stamp(x, y, width, colour, opacity); });
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsRectangle(int x1, int y1, int x2, int y2, Colour colour, int width,
@@ -577,7 +685,7 @@ void ucScreen::BitsEllipse(int x1, int y1, int x2, int y2, Colour colour, int wi
         px = x;
         py = y;
     }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsBrush(int x, int y, int size, Colour colour, int opacity)
@@ -585,7 +693,7 @@ void ucScreen::BitsBrush(int x, int y, int size, Colour colour, int opacity)
     if (!m_pictureExists)
         return;
     stamp(x, y, size, colour, opacity);
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsBrushLine(int x1, int y1, int x2, int y2, int size, Colour colour,
@@ -635,7 +743,7 @@ void ucScreen::neighbourhoodStamp(int x, int y, int size, bool sharpen, int amou
     const BitsBuffer out = sharpen ? f.Sharpen(amount) : f.Soften(amount, false);
     for (const Rect& c : circle)
         std::memcpy(m_bits.pixel(c.left + l, c.top + t), out.pixel(c.left, c.top), 4);
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsSoften(int x, int y, int size, int amount)
@@ -648,57 +756,119 @@ void ucScreen::BitsSharpen(int x, int y, int size, int amount)
     neighbourhoodStamp(x, y, size, true, amount);
 }
 
-std::vector<ucScreen::FillSpan> ucScreen::floodFrom(int x, int y, int tolerance) const
+namespace {
+
+// Bit `x` of a row of 64-bit words.
+inline bool bitAt(const uint64_t* row, int x)
+{
+    return (row[x >> 6] >> (x & 63)) & 1;
+}
+
+// Sets (or clears) bits x0..x1 of a row, both ends included.
+void markBits(uint64_t* row, int x0, int x1, bool on)
+{
+    for (int w = x0 >> 6; w <= x1 >> 6; ++w) {
+        const int lo = std::max(x0, w * 64) - w * 64;
+        const int hi = std::min(x1, w * 64 + 63) - w * 64;
+        const uint64_t bits = (hi == 63 ? ~0ull : ((1ull << (hi + 1)) - 1)) & ~((1ull << lo) - 1);
+        row[w] = on ? row[w] | bits : row[w] & ~bits;
+    }
+}
+
+} // namespace
+
+void ucScreen::flood(int x, int y, int tolerance, bool paintEndsMatch,
+                     const std::function<void(int y, int x0, int x1)>& paint)
 {
     if (!canPaint(x, y))
-        return {};
+        return;
     const int w = PictureWidth();
     const int h = PictureHeight();
+    const std::size_t stride = m_bits.stride();
+    const uint8_t* origin = m_bits.pixel(0, 0);
     const uint32_t key = loadPixel(m_bits.pixel(x, y)) & ~kSpareMask;
     const bool exact = tolerance <= 0;
     const bool anywhere = m_selection.IsEmptyRegion();
-    std::vector<uint8_t> seen(std::size_t(w) * std::size_t(h), 0);
-    auto matches = [&](int px, int py) {
-        if (seen[std::size_t(py) * w + px] || (!anywhere && !m_selection.PtInRegion(px, py)))
-            return false;
-        const uint32_t p = loadPixel(m_bits.pixel(px, py)) & ~kSpareMask;
+    // Pixels a fill has reached, and those outside the selection, are marked in a bitmap;
+    // a fill whose paint turns every pixel it reaches away from the key needs none.
+    const bool marks = !(paintEndsMatch && exact && anywhere);
+    const std::size_t words = std::size_t(w + 63) / 64;
+    std::vector<uint64_t> blocked;
+    if (marks) {
+        blocked.assign(words * std::size_t(h), anywhere ? 0 : ~0ull);
+        if (!anywhere)
+            m_selection.RegionMain()->forEachSpan(
+                0, h - 1, 0, w - 1, [&](int32_t ry, int32_t x0, int32_t x1) {
+                    markBits(&blocked[std::size_t(ry) * words], x0, x1 - 1, false);
+                });
+    }
+    auto matches = [&](const uint8_t* p) {
+        const uint32_t v = loadPixel(p) & ~kSpareMask;
         if (exact)
-            return p == key;
+            return v == key;
         for (int c = 0; c < 24; c += 8)
-            if (std::abs(int((p >> c) & 255) - int((key >> c) & 255)) > tolerance)
+            if (std::abs(int((v >> c) & 255) - int((key >> c) & 255)) > tolerance)
                 return false;
         return true;
     };
-    // Spans on an explicit stack: a picture of millions of pixels of one colour needs no
-    // deeper call stack than a small one.
-    std::vector<FillSpan> spans;
-    std::vector<std::pair<int, int>> stack{{x, y}};
-    while (!stack.empty()) {
-        const auto [sx, sy] = stack.back();
-        stack.pop_back();
-        if (!matches(sx, sy))
-            continue;
-        int x0 = sx;
-        while (x0 > 0 && matches(x0 - 1, sy))
-            --x0;
-        int x1 = sx;
-        while (x1 + 1 < w && matches(x1 + 1, sy))
-            ++x1;
-        std::memset(&seen[std::size_t(sy) * w + x0], 1, std::size_t(x1 - x0 + 1));
-        spans.push_back({sy, x0, x1});
-        for (int ny : {sy - 1, sy + 1}) {
-            if (ny < 0 || ny >= h)
+    auto open = [&](const uint8_t* row, const uint64_t* bits, int px) {
+        return (!bits || !bitAt(bits, px)) && matches(row + std::size_t(px) * 4);
+    };
+    auto rowBits = [&](int py) { return marks ? &blocked[std::size_t(py) * words] : nullptr; };
+    auto take = [&](int py, int x0, int x1) {
+        if (marks)
+            markBits(&blocked[std::size_t(py) * words], x0, x1, true);
+        paint(py, x0, x1);
+    };
+
+    // A run found from the row y - dy, whose run was pl..pr: the next row is searched over
+    // the whole run, the row it came from only beyond its parent, which is filled already.
+    struct Run
+    {
+        int y, l, r, dy, pl, pr;
+    };
+    std::vector<Run> stack;
+    auto search = [&](const Run& from, int ny, int a, int b) {
+        if (ny < 0 || ny >= h || a > b)
+            return;
+        const uint8_t* row = origin + std::size_t(ny) * stride;
+        const uint64_t* bits = rowBits(ny);
+        for (int px = a; px <= b; ++px) {
+            if (!open(row, bits, px))
                 continue;
-            bool inRun = false;
-            for (int px = x0; px <= x1; ++px) {
-                const bool m = matches(px, ny);
-                if (m && !inRun)
-                    stack.push_back({px, ny});
-                inRun = m;
-            }
+            int l = px;
+            if (px == a)
+                while (l > 0 && open(row, bits, l - 1))
+                    --l;
+            int r = px;
+            while (r + 1 < w && open(row, bits, r + 1))
+                ++r;
+            take(ny, l, r);
+            stack.push_back({ny, l, r, ny - from.y, from.l, from.r});
+            px = r + 1;
         }
+    };
+
+    {
+        const uint8_t* row = origin + std::size_t(y) * stride;
+        const uint64_t* bits = rowBits(y);
+        int l = x;
+        int r = x;
+        while (l > 0 && open(row, bits, l - 1))
+            --l;
+        while (r + 1 < w && open(row, bits, r + 1))
+            ++r;
+        take(y, l, r);
+        // The start has no parent: both neighbouring rows are searched whole.
+        stack.push_back({y, l, r, 1, r + 1, r});
     }
-    return spans;
+    while (!stack.empty()) {
+        const Run run = stack.back();
+        stack.pop_back();
+        search(run, run.y + run.dy, run.l, run.r);
+        search(run, run.y - run.dy, run.l, std::min(run.r, run.pl - 1));
+        search(run, run.y - run.dy, std::max(run.l, run.pr + 1), run.r);
+    }
 }
 
 void ucScreen::blendPixel(int x, int y, uint32_t bgr, int opacity)
@@ -708,6 +878,8 @@ void ucScreen::blendPixel(int x, int y, uint32_t bgr, int opacity)
 
 void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
 {
+    if (!canPaint(x, y))
+        return;
     // A fill is not a stroke: every pixel it reaches is painted, through one table per
     // channel since the colour and the opacity are the same for all of them.
     const int a = std::clamp(opacity, 0, 255);
@@ -716,15 +888,25 @@ void ucScreen::BitsFill(int x, int y, Colour colour, int opacity, int tolerance)
     for (int c = 0; c < 3; ++c)
         for (int v = 0; v < 256; ++v)
             table[c * 256 + v] = uint32_t((v * (255 - a) + paint[c] * a + 127) / 255) << (8 * c);
-    for (const FillSpan& sp : floodFrom(x, y, tolerance)) {
-        uint8_t* p = m_bits.pixel(sp.x0, sp.y);
-        for (int i = 0; i <= sp.x1 - sp.x0; ++i, p += 4) {
-            const uint32_t v = loadPixel(p);
-            storePixel(p, table[v & 255] | table[256 + ((v >> 8) & 255)]
-                              | table[512 + ((v >> 16) & 255)] | (v & kSpareMask));
+    auto painted = [&](uint32_t v) {
+        return table[v & 255] | table[256 + ((v >> 8) & 255)] | table[512 + ((v >> 16) & 255)];
+    };
+    const uint32_t key = loadPixel(m_bits.pixel(x, y)) & ~kSpareMask;
+    const uint32_t whole = painted(key);
+    flood(x, y, tolerance, painted(key) != key, [&](int py, int x0, int x1) {
+        uint8_t* p = m_bits.pixel(x0, py);
+        const int n = x1 - x0 + 1;
+        if (a == 255) {
+            for (int i = 0; i < n; ++i)
+                storePixel(p + i * 4, (loadPixel(p + i * 4) & kSpareMask) | whole);
+            return;
         }
-    }
-    m_view->update();
+        for (int i = 0; i < n; ++i) {
+            const uint32_t v = loadPixel(p + i * 4);
+            storePixel(p + i * 4, painted(v) | (v & kSpareMask));
+        }
+    });
+    redraw();
 }
 
 void ucScreen::BitsFillTexture(int x, int y, const BitsBuffer& texture, int opacity,
@@ -736,11 +918,12 @@ void ucScreen::BitsFillTexture(int x, int y, const BitsBuffer& texture, int opac
     const int th = texture.rows() - 4;
     std::vector<uint16_t> keep;
     keep.swap(m_done);
-    for (const FillSpan& sp : floodFrom(x, y, tolerance))
-        for (int px = sp.x0; px <= sp.x1; ++px)
-            blendPixel(px, sp.y, loadPixel(texture.pixel(px % tw, sp.y % th)), opacity);
+    flood(x, y, tolerance, false, [&](int py, int x0, int x1) {
+        for (int px = x0; px <= x1; ++px)
+            blendPixel(px, py, loadPixel(texture.pixel(px % tw, py % th)), opacity);
+    });
     keep.swap(m_done);
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsPaint(int x, int y, const BitsBuffer& source, Colour key, int opacity,
@@ -758,7 +941,7 @@ void ucScreen::BitsPaint(int x, int y, const BitsBuffer& source, Colour key, int
                 continue;
             blendPixel(x + sx, y + sy, p & ~kSpareMask, opacity);
         }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsBWMask(BitsBuffer& buffer)
@@ -782,7 +965,7 @@ void ucScreen::BitsPolygon(const std::vector<int>& points, Colour colour, int wi
         walkLine(points[2 * i], points[2 * i + 1], points[2 * j], points[2 * j + 1],
                  [&](int u, int v) { stamp(u, v, width, colour, opacity); });
     }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsAirbrush(int x, int y, int size, Colour colour, int opacity, int density)
@@ -802,7 +985,7 @@ void ucScreen::BitsAirbrush(int x, int y, int size, Colour colour, int opacity, 
             if (int(m_airbrushState % 100) < density)
                 blend(x + dx, y + dy, colour, opacity);
         }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsBrightness(int x, int y, int size, int amount, bool once)
@@ -827,7 +1010,7 @@ void ucScreen::BitsBrightness(int x, int y, int size, int amount, bool once)
             for (int c = 0; c < 3; ++c)
                 p[c] = clampByte(int64_t(p[c]) + amount);
         }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsMasked(int x, int y, const BitsBuffer& mask, Colour colour, int opacity)
@@ -843,7 +1026,7 @@ void ucScreen::BitsMasked(int x, int y, const BitsBuffer& mask, Colour colour, i
                 blend(x - mw / 2 + mx, y - mh / 2 + my, colour,
                       (std::clamp(opacity, 0, 255) * grey + 127) / 255);
         }
-    m_view->update();
+    redraw();
 }
 
 void ucScreen::BitsMaskedLine(int x1, int y1, int x2, int y2, const BitsBuffer& mask,

@@ -41,6 +41,9 @@ class ucScreen : public QWidget
     Q_PROPERTY(bool MouseScroll READ MouseScroll WRITE setMouseScroll)
     Q_PROPERTY(QColor BackColor READ BackColor WRITE setBackColor)
     Q_PROPERTY(int ZoomFactor READ ZoomFactor WRITE setZoomFactor)
+    Q_PROPERTY(QImage Picture READ Picture)
+    Q_PROPERTY(int PictureWidth READ PictureWidth)
+    Q_PROPERTY(int PictureHeight READ PictureHeight)
 
 public:
     static constexpr std::array<int, 15> kZoomTable = {1, 2, 3, 4, 5, 6, 7, 8,
@@ -94,8 +97,17 @@ public:
     cBitRegion& Selection() { return m_selection; }
     // After the selection changed: the outline timer runs while it is not empty.
     void UpdateRegion();
+    // The rubber bands, in picture coordinates: the selection's rectangle (shp), and the
+    // paint tools' line, rectangle and ellipse (shpLine, shpRect, shpEllp) between two
+    // points, drawn over the view at the zoom and scroll. HideShape hides them all.
+    enum class Shape { Line, Rectangle, Ellipse };
     void ShowShape(const QRect& imageRect);
+    void ShowShape(Shape kind, const QPoint& from, const QPoint& to);
     void HideShape();
+    // Off, paint operations change the picture without repainting the view until
+    // UpdateImage() or until it is turned on again: many strokes, one repaint.
+    void SetAutoRedraw(bool on);
+    bool AutoRedraw() const { return m_autoRedraw; }
     void StartTimer();
     void StopTimer();
 
@@ -164,22 +176,23 @@ protected:
 
 private:
     class View;
+    class Band;
     struct Job;
 
     void relayout();
+    void redraw();
+    void placeBands();
     void paintView(QPainter& painter);
     bool canPaint(int x, int y) const;
     void blend(int x, int y, Colour colour, int opacity);
     void stamp(int cx, int cy, int size, Colour colour, int opacity);
     void neighbourhoodStamp(int x, int y, int size, bool sharpen, int amount);
     void finishJob();
-    // The runs of pixels a fill from (x, y) reaches; none when it starts off the picture or
-    // outside the selection.
-    struct FillSpan
-    {
-        int y, x0, x1; // x1 inclusive
-    };
-    std::vector<FillSpan> floodFrom(int x, int y, int tolerance) const;
+    // Hands `paint` each run of pixels a fill from (x, y) reaches, as soon as it is found;
+    // nothing when it starts off the picture or outside the selection. `paintEndsMatch`
+    // says the paint leaves no reached pixel equal to the start's colour.
+    void flood(int x, int y, int tolerance, bool paintEndsMatch,
+               const std::function<void(int y, int x0, int x1)>& paint);
     void blendPixel(int x, int y, uint32_t bgr, int opacity);
 
     QWidget* m_view = nullptr;
@@ -187,6 +200,12 @@ private:
     QScrollBar* m_vSB = nullptr;
     QTimer* m_tmrSelection = nullptr;
     QRubberBand* m_shp = nullptr;
+    Band* m_shpLine = nullptr;
+    Band* m_shpRect = nullptr;
+    Band* m_shpEllp = nullptr;
+    QRect m_shpArea; // the selection band's picture rectangle
+    bool m_shpShown = false;
+    bool m_autoRedraw = true;
 
     cBitRegion m_selection;
     BitsBuffer m_bits;

@@ -646,6 +646,46 @@ TEST(FilterEdges, ToneReductionCases)
     EXPECT_EQ(dots.at(0, 4, 0), 0);
 }
 
+TEST(FilterEdges, WideLoopsMatchThePlainOnesOnPhotographSizedPositions)
+{
+    // The table's pictures are small, so their source positions carry long fractions. A
+    // large picture gives the short fractions of real use, whose blends land on a half
+    // often enough that the smooth turn's single precision loop must defer to the defined
+    // blend there.
+    std::mt19937 rng(33);
+    const BitsBuffer img = ref::randomImage(rng, 613, 411);
+    const Region all = Region::fromRect({0, 0, 613, 411});
+    const Region oval = Region::fromEllipse({-40, 20, 500, 430});
+    const struct
+    {
+        const char* what;
+        EngineFn call;
+    } cases[] = {
+        {"smooth turn 30", [](cBitFilter& f) { return f.RotateSmooth(30); }},
+        {"smooth turn -47.3", [](cBitFilter& f) { return f.RotateSmooth(-47.3); }},
+        {"smooth turn 0.1", [](cBitFilter& f) { return f.RotateSmooth(0.1); }},
+        {"smooth turn 135", [](cBitFilter& f) { return f.RotateSmooth(135); }},
+        {"smooth turn 270", [](cBitFilter& f) { return f.RotateSmooth(270); }},
+        {"kernel 3x3",
+         [](cBitFilter& f) { return f.MaskFilter({0, -1, 0, -1, 5, -1, 0, -1, 0}, 3); }},
+        {"kernel 5x5 with an offset", [](cBitFilter& f) {
+             std::vector<int32_t> k(25, 1);
+             k[12] = -20;
+             return f.MaskFilter(k, 5, {1, 1, 90});
+         }},
+    };
+    for (const Region* region : {&all, &oval})
+        for (const auto& c : cases) {
+            cBitFilter wide, plain;
+            plain.AllowWideVectors(false);
+            for (cBitFilter* f : {&wide, &plain}) {
+                f->Bits(img);
+                f->BitsRegion(region);
+            }
+            EXPECT_EQ(firstDifference(c.call(wide), c.call(plain)), "") << c.what;
+        }
+}
+
 TEST(FilterFrame, ACancelledFilterHandsBackTheHeldImage)
 {
     std::mt19937 rng(12);

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 using namespace tolmar::imaging;
 
@@ -150,23 +151,103 @@ TEST(ucScreen, AStrokePaintsEachPixelOnceAndStaysInTheSelection)
     EXPECT_EQ(s.BitsGetPixel(2, 4), 0xC8C8C8);
 }
 
-TEST(ucScreen, FillOfALargePictureNeedsNoDeepStackAndStopsAtEdges)
+namespace {
+
+// The fill written out plainly: a queue over four neighbours from the start, taking every
+// pixel of the picture and the selection whose channels lie within the tolerance of the
+// start's, each painted once with the blend of the documented opacity arithmetic.
+QImage plainFill(const QImage& pic, const cBitRegion& sel, QPoint start, QRgb paint, int a,
+                 int tolerance)
 {
+    QImage out = pic;
+    auto inside = [&](QPoint p) {
+        return pic.rect().contains(p) && (sel.IsEmptyRegion() || sel.PtInRegion(p.x(), p.y()));
+    };
+    if (!inside(start))
+        return out;
+    const QRgb key = pic.pixel(start);
+    auto near = [&](QRgb c) {
+        return std::abs(qRed(c) - qRed(key)) <= tolerance
+            && std::abs(qGreen(c) - qGreen(key)) <= tolerance
+            && std::abs(qBlue(c) - qBlue(key)) <= tolerance;
+    };
+    auto mix = [&](int c, int p) { return (c * (255 - a) + p * a + 127) / 255; };
+    std::vector<char> seen(std::size_t(pic.width() * pic.height()), 0);
+    auto visit = [&](QPoint q) {
+        if (!inside(q) || seen[std::size_t(q.y() * pic.width() + q.x())] || !near(pic.pixel(q)))
+            return false;
+        return bool(seen[std::size_t(q.y() * pic.width() + q.x())] = 1);
+    };
+    std::vector<QPoint> queue{start};
+    visit(start);
+    for (std::size_t i = 0; i < queue.size(); ++i) {
+        const QPoint p = queue[i];
+        const QRgb c = pic.pixel(p);
+        out.setPixel(p, qRgb(mix(qRed(c), qRed(paint)), mix(qGreen(c), qGreen(paint)),
+                             mix(qBlue(c), qBlue(paint))));
+        for (QPoint d : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)})
+            if (visit(p + d))
+                queue.push_back(p + d);
+    }
+    return out;
+}
+
+} // namespace
+
+TEST(ucScreen, FillReachesWhatAPlainFourWayFillReaches)
+{
+    // Pictures of a few colours scattered pixel by pixel: mazes of runs that wind up,
+    // down and back, where a run-based fill can lose or repeat a run, and the selection's
+    // edge stops it as an outline would.
+    struct Case
+    {
+        const char* what;
+        int colours;  // drawn per pixel from this many
+        int grain;    // added to each channel, 0..grain
+        int selection; // 0 none, 1 a rectangle, 2 an ellipse
+        int tolerance;
+        int opacity;
+        bool paintTheKey; // paint with the start's own colour
+    };
+    const Case cases[] = {
+        {"two colours, whole picture", 2, 0, 0, 0, 255, false},
+        {"three colours, half opacity in an ellipse", 3, 0, 2, 0, 128, false},
+        {"grainy colours within a tolerance, in a rectangle", 2, 12, 1, 14, 255, false},
+        {"the start's own colour, which leaves every pixel a match", 2, 0, 0, 0, 255, true},
+        {"opacity 0 in a rectangle", 2, 0, 1, 0, 0, false},
+    };
+    std::mt19937 rng(21);
+    for (const Case& c : cases) {
+        QImage pic(97, 61, QImage::Format_RGB32);
+        const QRgb base[3] = {qRgb(30, 60, 90), qRgb(200, 180, 20), qRgb(5, 250, 120)};
+        for (int y = 0; y < pic.height(); ++y)
+            for (int x = 0; x < pic.width(); ++x) {
+                const QRgb b = base[rng() % unsigned(c.colours)];
+                auto g = [&] { return c.grain ? int(rng() % unsigned(c.grain + 1)) : 0; };
+                pic.setPixel(x, y, qRgb(qRed(b) + g(), qGreen(b) + g(), qBlue(b) + g()));
+            }
+        for (QPoint start : {QPoint(48, 30), QPoint(0, 0), QPoint(96, 60), QPoint(13, 50)}) {
+            ucScreen s;
+            s.setPicture(pic);
+            if (c.selection == 1)
+                s.Selection().CreateRect(10, 5, 80, 55, 5, true);
+            else if (c.selection == 2)
+                s.Selection().CreateEllipse(3, 2, 90, 58, 5, true);
+            const QRgb paint = c.paintTheKey ? pic.pixel(start) : qRgb(250, 0, 250);
+            s.BitsFill(start.x(), start.y(), qRed(paint) | qGreen(paint) << 8 | qBlue(paint) << 16,
+                       c.opacity, c.tolerance);
+            const QImage want = plainFill(pic, s.Selection(), start, paint, c.opacity, c.tolerance);
+            EXPECT_EQ(s.Picture(), want) << c.what << ", from " << start.x() << "," << start.y();
+        }
+    }
+    // Twelve million pixels of one colour: no deep stack; a start off the picture does nothing.
     ucScreen s;
     s.setPicture(flat(4000, 3000, qRgb(1, 2, 3)));
+    s.BitsFill(-1, 10, 0xFF, 255);
+    EXPECT_EQ(s.BitsGetPixel(0, 10), 0x030201);
     s.BitsFill(1234, 2345, 0x00FF00, 255);
     EXPECT_EQ(s.BitsGetPixel(0, 0), 0x00FF00);
     EXPECT_EQ(s.BitsGetPixel(3999, 2999), 0x00FF00);
-
-    // A closed outline keeps the fill inside; a start outside the picture does nothing.
-    s.setPicture(flat(30, 20, qRgb(255, 255, 255)));
-    s.BitsRectangle(5, 5, 15, 15, 0, 1, 255);
-    s.BitsFill(10, 10, 0xFF, 255);
-    s.BitsFill(-1, 10, 0xFF0000, 255);
-    EXPECT_EQ(s.BitsGetPixel(10, 10), 0xFF);
-    EXPECT_EQ(s.BitsGetPixel(6, 6), 0xFF);
-    EXPECT_EQ(s.BitsGetPixel(5, 10), 0);
-    EXPECT_EQ(s.BitsGetPixel(20, 10), 0xFFFFFF);
 }
 
 TEST(ucScreen, CopiesMasksSprayAndBrightness)
@@ -266,6 +347,77 @@ TEST(ucScreen, TheViewportShowsTheScrolledPartAtTheZoom)
     // View pixel (x, y) shows picture pixel ((x + 61) / 3, (y + 95) / 3).
     for (auto [x, y] : {std::pair{0, 0}, {2, 1}, {3, 3}, {50, 40}, {shown.width() - 1, 10}})
         EXPECT_EQ(shown.pixel(x, y), pic.pixel((x + 61) / 3, (y + 95) / 3)) << x << "," << y;
+}
+
+TEST(ucScreen, RubberBandsFollowZoomAndScrollAndDrawInTheirBox)
+{
+    ucScreen s;
+    s.resize(200, 150);
+    s.setPicture(noise(100, 80, 6));
+    s.show();
+    s.setZoomFactor(3);
+    s.Scroll(30, 12);
+    const QImage bare = s.viewport()->grab().toImage();
+    // A picture point stands at the centre of its zoomed pixel, x * 3 - 30 + 1; the box
+    // reaches one pixel past both points.
+    const QRect box(QPoint(12 * 3 - 30, 10 * 3 - 12), QPoint(20 * 3 - 30 + 2, 30 * 3 - 12 + 2));
+    for (auto [kind, name] : {std::pair{ucScreen::Shape::Line, "shpLine"},
+                              {ucScreen::Shape::Rectangle, "shpRect"},
+                              {ucScreen::Shape::Ellipse, "shpEllp"}}) {
+        s.ShowShape(kind, QPoint(20, 10), QPoint(12, 30));
+        const auto* band = s.findChild<QWidget*>(name);
+        ASSERT_NE(band, nullptr) << name;
+        EXPECT_EQ(band->geometry(), box) << name;
+        const QImage shown = s.viewport()->grab().toImage();
+        int changed = 0;
+        for (int y = 0; y < shown.height(); ++y)
+            for (int x = 0; x < shown.width(); ++x)
+                changed += shown.pixel(x, y) != bare.pixel(x, y);
+        EXPECT_GT(changed, 20) << name;
+        s.Scroll(0, 0);
+        EXPECT_EQ(band->geometry(), box.translated(30, 12)) << name;
+        s.HideShape();
+        EXPECT_TRUE(band->isHidden()) << name;
+        s.Scroll(30, 12);
+    }
+    s.ShowShape(QRect(5, 6, 10, 4));
+    EXPECT_EQ(s.findChild<QWidget*>("shp")->geometry(), QRect(5 * 3 - 30, 6 * 3 - 12, 30, 12));
+}
+
+TEST(ucScreen, WithoutAutoRedrawPaintWaitsForUpdateImage)
+{
+    struct PaintCount : QObject
+    {
+        int n = 0;
+        bool eventFilter(QObject*, QEvent* e) override
+        {
+            n += e->type() == QEvent::Paint;
+            return false;
+        }
+    } paints;
+    ucScreen s;
+    s.resize(120, 90);
+    s.setPicture(flat(50, 40, qRgb(9, 9, 9)));
+    s.show();
+    s.viewport()->installEventFilter(&paints);
+    // Auto redraw, then what follows the strokes, then whether the view was repainted.
+    const std::tuple<bool, std::function<void(ucScreen&)>, bool> cases[] = {
+        {true, [](ucScreen&) {}, true},
+        {false, [](ucScreen&) {}, false},
+        {false, [](ucScreen& u) { u.UpdateImage(); }, true},
+        {false, [](ucScreen& u) { u.SetAutoRedraw(true); }, true},
+    };
+    for (const auto& [autoRedraw, after, repainted] : cases) {
+        s.SetAutoRedraw(autoRedraw);
+        QApplication::processEvents();
+        paints.n = 0;
+        s.BitsLine(1, 1, 30, 20, 0xFF, 2);
+        s.BitsFill(40, 30, 0xFF00, 255);
+        after(s);
+        QApplication::processEvents();
+        EXPECT_EQ(paints.n > 0, repainted) << "auto redraw " << autoRedraw;
+        EXPECT_EQ(s.BitsGetPixel(40, 30), 0xFF00); // the picture changed either way
+    }
 }
 
 TEST(ucScreen, ALongFilterCanBeCancelledAndOtherwiseReplacesThePicture)

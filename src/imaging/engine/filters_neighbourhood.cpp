@@ -156,6 +156,50 @@ __attribute__((target("avx2"))) void softenAvx2(const uint8_t* s, uint8_t* d, in
         d[i] = i % 4 == 3 ? s[i]
                           : uint8_t((s[i] * w + s[i - 4] + s[i + 4] + s[i - st] + s[i + st]) / dv);
 }
+
+// The general kernel in 16-bit lanes, the sum of each 32-byte run held in registers over
+// all its taps: no accumulator row goes to memory and back. The caller guarantees that
+// every partial sum, the offset included, stays within 16 bits, so the lanes add exactly
+// what the plain loop adds, and the saturating pack is the clamp to 0..255.
+__attribute__((target("avx2"))) void maskAvx2(const uint8_t* s, uint8_t* d, int32_t n,
+                                              const Stride* at, const int16_t* k, int32_t taps,
+                                              int16_t offset)
+{
+    const __m256i spare = _mm256_set1_epi32(int32_t(kSpareMask));
+    const __m256i zero = _mm256_setzero_si256();
+    const int32_t bytes = n * 4;
+    int32_t i = 0;
+    for (; i + 32 <= bytes; i += 32) {
+        __m256i lo = _mm256_set1_epi16(offset);
+        __m256i hi = lo;
+        for (int32_t t = 0; t < taps; ++t) {
+            const __m256i v = TOLMAR_AT(s + i + at[t]);
+            const __m256i vl = _mm256_unpacklo_epi8(v, zero);
+            const __m256i vh = _mm256_unpackhi_epi8(v, zero);
+            // Weights of one either way, the common case, need no multiply.
+            if (k[t] == 1) {
+                lo = _mm256_add_epi16(lo, vl);
+                hi = _mm256_add_epi16(hi, vh);
+            } else if (k[t] == -1) {
+                lo = _mm256_sub_epi16(lo, vl);
+                hi = _mm256_sub_epi16(hi, vh);
+            } else {
+                const __m256i w = _mm256_set1_epi16(k[t]);
+                lo = _mm256_add_epi16(lo, _mm256_mullo_epi16(vl, w));
+                hi = _mm256_add_epi16(hi, _mm256_mullo_epi16(vh, w));
+            }
+        }
+        const __m256i q = _mm256_packus_epi16(lo, hi);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + i),
+                            _mm256_blendv_epi8(q, TOLMAR_AT(s + i), spare));
+    }
+    for (; i < bytes; ++i) {
+        int32_t sum = offset;
+        for (int32_t t = 0; t < taps; ++t)
+            sum += k[t] * s[i + at[t]];
+        d[i] = i % 4 == 3 ? s[i] : uint8_t(std::clamp(sum, 0, 255));
+    }
+}
 #undef TOLMAR_AT
 #endif
 
@@ -561,7 +605,25 @@ BitsBuffer cBitFilter::MaskFilter(const std::vector<int32_t>& kernel, int32_t si
             },
             shape);
     };
-    if (plain && weight * 255 + std::abs(int64_t(args.offset)) < (1 << 15))
+    const bool fits16 = plain && weight * 255 + std::abs(int64_t(args.offset)) < (1 << 15);
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+    if (fits16 && WideVectorsAllowed() && cpuHasAvx2()) {
+        std::vector<Stride> at;
+        std::vector<int16_t> k;
+        for (int32_t j = 0; j < size; ++j)
+            for (int32_t i = 0; i < size; ++i)
+                if (const int32_t w = kernel[std::size_t(j) * size + i]) {
+                    at.push_back((j - half) * st + (i - half) * 4);
+                    k.push_back(int16_t(w));
+                }
+        return runFilter(
+            [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t, int32_t) {
+                maskAvx2(s, d, n, at.data(), k.data(), int32_t(k.size()), int16_t(args.offset));
+            },
+            shape);
+    }
+#endif
+    if (fits16)
         return plainSums(&addTap16, &clampOffsetRow16);
     if (plain && narrow)
         return plainSums(&addTap32, &clampOffsetRow);

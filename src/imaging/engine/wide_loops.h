@@ -34,6 +34,18 @@ inline bool cpuHasAvx2()
 #endif
 }
 
+// The same with fused multiply-add, for float loops whose results are checked against a
+// bound rather than required to round alike.
+inline bool cpuHasAvx2Fma()
+{
+#ifdef TOLMAR_HAVE_AVX2_LOOPS
+    static const bool yes = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    return yes;
+#else
+    return false;
+#endif
+}
+
 // Loops that compute all four bytes of a pixel put the spare byte back afterwards.
 inline void restoreSpare(const uint8_t* s, uint8_t* d, int32_t n)
 {
