@@ -121,6 +121,7 @@ struct ucScreen::Job
 ucScreen::ucScreen(QWidget* parent) : QWidget(parent)
 {
     setObjectName("ucScreen");
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_view = new View(this);
     m_hSB = new QScrollBar(Qt::Horizontal, this);
     m_hSB->setObjectName("hSB");

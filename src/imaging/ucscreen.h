@@ -164,6 +164,8 @@ public:
     void CancelFilter();
 
     QWidget* viewport() const { return m_view; }
+    // A picture control takes what room a form gives it; this is only where it starts.
+    QSize sizeHint() const override { return QSize(320, 240); }
     QRect visibleImageRect() const;
 
 signals:
