@@ -142,11 +142,14 @@ int main(int argc, char** argv)
          }},
     };
 
+    // A name part of "matched" runs only the pairs with a counterpart.
+    const std::string only = argc > 3 ? argv[3] : "";
+    const bool matchedOnly = only == "matched";
     std::vector<Row> rows;
     for (const auto& entry : filters) {
         const std::string& name = entry.first;
         const Filter& fn = entry.second;
-        if (argc > 3 && name.find(argv[3]) == std::string::npos)
+        if (matchedOnly || name.find(only) == std::string::npos)
             continue;
         BitsBuffer keep;
         const double fresh = medianMs([&] { keep = fn(); });
@@ -285,7 +288,7 @@ int main(int argc, char** argv)
                        [&] { cv::LUT(src, steps, dst); }, "LUT"});
 #endif
     for (const Match& m : matches) {
-        if (argc > 3 && m.name.find(argv[3]) == std::string::npos)
+        if (!matchedOnly && m.name.find(only) == std::string::npos)
             continue;
         std::vector<double> ours, theirs;
         m.ours();
