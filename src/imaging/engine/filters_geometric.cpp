@@ -296,7 +296,8 @@ __attribute__((target("avx2,fma"))) void smoothRowAvx2(const float* fx, const fl
                                                        int32_t n, const uint8_t* origin,
                                                        std::size_t stride, int32_t lastX,
                                                        int32_t lastY, const uint8_t* s,
-                                                       uint8_t* d)
+                                                       uint8_t* d, std::ptrdiff_t ahead,
+                                                       std::ptrdiff_t later)
 {
     const __m256 lo = _mm256_set1_ps(-1.0e9f);
     const __m256 hi = _mm256_set1_ps(1.0e9f);
@@ -347,6 +348,16 @@ __attribute__((target("avx2,fma"))) void smoothRowAvx2(const float* fx, const fl
                                              pair(at[0] + w));
         const __m256i b1 = _mm256_set_epi64x(pair(at[7] + w), pair(at[6] + w), pair(at[5] + w),
                                              pair(at[4] + w));
+        // Rows read at steep angles change at every pixel, in no stride the processor
+        // foresees, and each load would wait in turn. So the rows that the tile's next row
+        // and the next strip will read for these pixels are asked for now, `ahead` and
+        // `later` bytes on (give or take a line), and their loads overlap.
+        const auto base = reinterpret_cast<std::uintptr_t>(origin);
+        for (int k = 0; k < 8; ++k) {
+            const std::uintptr_t here = base + std::uintptr_t(at[k]) * 4;
+            __builtin_prefetch(reinterpret_cast<const void*>(here + std::uintptr_t(ahead)));
+            __builtin_prefetch(reinterpret_cast<const void*>(here + std::uintptr_t(later)));
+        }
         const __m256i p00 = pairHalves<_MM_SHUFFLE(2, 0, 2, 0)>(t0, t1);
         const __m256i p10 = pairHalves<_MM_SHUFFLE(3, 1, 3, 1)>(t0, t1);
         const __m256i p01 = pairHalves<_MM_SHUFFLE(2, 0, 2, 0)>(b0, b1);
@@ -403,12 +414,21 @@ BitsBuffer cBitFilter::RotateSmooth(double angle)
                    && double(stride / 4) * (m_lastY + 2) < double(INT32_MAX);
 #endif
     std::vector<float> fx(kTileColumns), fy(kTileColumns);
+    // One row down in the result is (-sin, cos) in the picture: the pair of rows read
+    // moves down by at most one (up by at most one for a cosine below 0), and a strip
+    // further on lies kStripRows times as far.
+    const auto rowBytes = std::ptrdiff_t(stride);
+    const std::ptrdiff_t ahead =
+        (t.c >= 0 ? 2 : -1) * rowBytes + std::ptrdiff_t(std::lrint(-t.sn)) * 4;
+    const std::ptrdiff_t later = std::ptrdiff_t(std::lrint(kStripRows * double(t.c))) * rowBytes
+                               + std::ptrdiff_t(std::lrint(-kStripRows * double(t.sn))) * 4;
     auto part = [&](const uint8_t* s, uint8_t* d, int32_t n, int32_t x0, int32_t y) {
         rotatedRow(t.c, t.sn, float(y - t.cy), float(t.cx), float(t.cy), x0 - t.cx, n,
                    fx.data(), fy.data());
 #ifdef TOLMAR_HAVE_AVX2_LOOPS
         if (wide) {
-            smoothRowAvx2(fx.data(), fy.data(), n, origin, stride, m_lastX, m_lastY, s, d);
+            smoothRowAvx2(fx.data(), fy.data(), n, origin, stride, m_lastX, m_lastY, s, d,
+                          ahead, later);
             return;
         }
 #endif
