@@ -112,6 +112,10 @@ TEST_P(UserAccounts, CreateStoresTheTransformAndAHashAndANodeShowsTheFirstOfItsN
         EXPECT_EQ(combo(&s, "cboAcctStatus")->currentText(), QStringLiteral("Disabled"));
         EXPECT_TRUE(edit(&s, "txtPassword")->text().isEmpty());  // never the stored one
     }
+    // The clinics screen deletes an account through Users.
+    ws->exec(QStringLiteral("DELETE FROM Users WHERE Username = 'zed'"));
+    EXPECT_FALSE(ws->connect()->queryOne(QStringLiteral("SELECT Username FROM ApplicationUsers "
+                                                        "WHERE Username = 'zed'")));
 }
 
 TEST_P(UserAccounts, SaveChecksInOrderAndAUsernameTakenInAnyCaseWritesNothing)
