@@ -99,12 +99,12 @@ bool frmUsers::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_confirm && event->type() == QEvent::FocusOut) {
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
-        // A message box or a menu taking the focus is not the desk leaving the box, and
-        // Reset or Close need no matching password.
+        // A message box or a menu taking the focus is not the desk leaving the box; Reset
+        // and Close need no matching password, and Save checks it itself (once, not twice).
         QWidget* next = QApplication::focusWidget();
         const bool leaving = reason != Qt::ActiveWindowFocusReason &&
                              reason != Qt::PopupFocusReason && next != m_refresh &&
-                             next != m_cancel;
+                             next != m_cancel && next != m_apply;
         if (leaving && m_confirm->text() != m_password->text()) {
             m_ctx.prompter().inform(security::kUnmatchedPasswordText, windowTitle(),
                                     Icon::Critical);

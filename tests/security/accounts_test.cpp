@@ -132,8 +132,11 @@ TEST_P(UserAccounts, SaveChecksInOrderAndAUsernameTakenInAnyCaseWritesNothing)
     } steps[] = {
         {"Alert! Account Status is required.", "cboAcctStatus",
          [&] { combo(&s, "cboAcctStatus")->setCurrentIndex(1); }},
-        {"Alert! Branch Code is required.", "cboBranchCode",
-         [&] { pick(&s, "cboBranchCode", QStringLiteral("YABA")); }},
+        {"Alert! Branch Code is required.", "cboBranchCode", [&] {
+             pick(&s, "cboBranchCode", QStringLiteral("YABA"));
+             type(&s, {{"txtConfirmPWD", "pX"}});  // Save checks the retyped password too
+         }},
+        {kUnmatchedPasswordText, "txtConfirmPWD", [&] { type(&s, {{"txtConfirmPWD", "pw"}}); }},
         {"Alert! Username already assigned to someone else.", "txtUsername",
          [&] { type(&s, {{"txtUsername", "  DeMo "}}); }},
         {"Alert! Username already assigned to someone else.", "txtUsername", [] {}},
@@ -144,7 +147,7 @@ TEST_P(UserAccounts, SaveChecksInOrderAndAUsernameTakenInAnyCaseWritesNothing)
         click(&s, "cmdApply");
         EXPECT_EQ(desk->prompter.informs(), QStringList{st.message});
         EXPECT_EQ(desk->prompter.last()->icon,
-                  qstrcmp(st.focus, "txtUsername") == 0 ? Icon::Critical : Icon::Information);
+                  QByteArray(st.focus).startsWith("cbo") ? Icon::Information : Icon::Critical);
         EXPECT_EQ(s.focusWidget()->objectName(), QString::fromLatin1(st.focus));
         st.fix();
     }
