@@ -1,5 +1,5 @@
 // The one handler every screen runs its commands under.
-#include "support/workspace.h"
+#include "support/expect.h"
 
 #include "core/command.h"
 #include "core/ui/formbuilder.h"
@@ -13,34 +13,33 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 TEST(Command, FailedCheckShowsItsMessageAndFocusesItsControlOnItsTab)
 {
     Workspace ws(db::Backend::Sqlite);
     Desk desk(ws);
     QWidget screen;
-    screen.setWindowTitle(QStringLiteral("Registration"));
+    screen.setWindowTitle(u"Registration"_s);
     auto* tabs = new QTabWidget(&screen);
     (new QVBoxLayout(&screen))->addWidget(tabs);
     auto* page1 = new QWidget;
     auto* page2 = new QWidget;
-    ui::FormBuilder(page1).text(QStringLiteral("txtsurNAme"), QStringLiteral("Surname"));
-    ui::FormBuilder(page2).text(QStringLiteral("txtPhone"), QStringLiteral("Phone"));
-    tabs->addTab(page1, QStringLiteral("One"));
-    tabs->addTab(page2, QStringLiteral("Two"));
+    ui::FormBuilder(page1).text(u"txtsurNAme"_s, u"Surname"_s);
+    ui::FormBuilder(page2).text(u"txtPhone"_s, u"Phone"_s);
+    tabs->addTab(page1, u"One"_s);
+    tabs->addTab(page2, u"Two"_s);
     screen.show();
 
     const bool done = runCommand(&screen, desk.ctx, [] {
-        throw CheckFailed(QStringLiteral("Patient's Phone No Required!"),
-                          QStringLiteral("txtPhone"), QStringLiteral("Phone"), Icon::Warning);
+        throw CheckFailed(u"Patient's Phone No Required!"_s, u"txtPhone"_s, u"Phone"_s,
+                          Icon::Warning);
     });
     EXPECT_FALSE(done);
-    ASSERT_NE(desk.prompter.last(), nullptr);
-    EXPECT_EQ(desk.prompter.last()->text, QStringLiteral("Patient's Phone No Required!"));
-    EXPECT_EQ(desk.prompter.last()->title, QStringLiteral("Phone"));
+    EXPECT_EQ(lastBox(desk.prompter), u"Patient's Phone No Required!|Phone"_s);
     EXPECT_EQ(desk.prompter.last()->icon, Icon::Warning);
     EXPECT_EQ(tabs->currentWidget(), page2);
-    EXPECT_EQ(screen.focusWidget()->objectName(), QStringLiteral("txtPhone"));
+    EXPECT_EQ(screen.focusWidget()->objectName(), u"txtPhone"_s);
 }
 
 TEST(Command, DatabaseErrorShowsItsOwnDescriptionAndRollsBack)
@@ -48,22 +47,20 @@ TEST(Command, DatabaseErrorShowsItsOwnDescriptionAndRollsBack)
     Workspace ws(db::Backend::Sqlite);
     Desk desk(ws);
     QWidget screen;
-    screen.setWindowTitle(QStringLiteral("Areas"));
+    screen.setWindowTitle(u"Areas"_s);
     const bool done = runCommand(&screen, desk.ctx, [&] {
         auto c = desk.ctx.openConnection();
         db::Transaction tx(*c);
-        c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                {QStringLiteral("OJOTA")});
-        c->exec(QStringLiteral("INSERT INTO NoSuchTable (x) VALUES (?)"), {1});
+        c->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"OJOTA"_s});
+        c->exec(u"INSERT INTO NoSuchTable (x) VALUES (?)"_s, {1});
         tx.commit();
     });
     EXPECT_FALSE(done);
-    EXPECT_TRUE(desk.prompter.lastText().contains(QStringLiteral("NoSuchTable")));
-    EXPECT_EQ(desk.prompter.last()->title, QStringLiteral("Areas"));
-    EXPECT_EQ(ws.scalar(QStringLiteral("SELECT count(*) FROM hPatientArea WHERE AreaName = ?"),
-                        {QStringLiteral("OJOTA")})
-                  .toInt(),
-              0);
+    EXPECT_TRUE(desk.prompter.lastText().contains(u"NoSuchTable"_s));
+    EXPECT_EQ(desk.prompter.last()->title, u"Areas"_s);
+    EXPECT_EQ(
+        ws.scalar(u"SELECT count(*) FROM hPatientArea WHERE AreaName = ?"_s, {u"OJOTA"_s}).toInt(),
+        0);
     EXPECT_TRUE(desk.endedWith.empty());
 }
 
@@ -71,14 +68,15 @@ TEST(Command, NoFailureReadsAsAnEmptyBoxAndALostServerSaysSoFirst)
 {
     Workspace ws(db::Backend::Sqlite);
     Desk desk(ws);
-    const QString driver = QStringLiteral("FATAL:  terminating connection due to administrator "
-                                          "command\n(57P01)");
+    const QString driver =
+        u"FATAL:  terminating connection due to administrator "
+        "command\n(57P01)"_s;
     const std::vector<std::pair<std::function<void()>, QString>> cases{
-        {[&] { throw db::DbError(driver, QString(), QStringLiteral("57P01")); },
-         kServerUnreachableText + QStringLiteral("\n\n") + driver},
+        {[&] { throw db::DbError(driver, QString(), u"57P01"_s); },
+         kServerUnreachableText + u"\n\n"_s + driver},
         {[] { throw db::DbError(QString()); }, kNoReasonText},
         {[] { throw std::runtime_error(" "); }, kNoReasonText},
-        {[] { throw db::DbError(QStringLiteral("duplicate key")); }, QStringLiteral("duplicate key")},
+        {[] { throw db::DbError(u"duplicate key"_s); }, u"duplicate key"_s},
     };
     for (const auto& [fail, shown] : cases) {
         EXPECT_FALSE(runCommand(nullptr, desk.ctx, fail));
@@ -90,8 +88,8 @@ TEST(Command, TimerTellsAnOutageOnceUntilATickGetsThroughAndOtherFailuresEveryTi
 {
     Workspace ws(db::Backend::Sqlite);
     Desk desk(ws);
-    const db::DbError lost(QStringLiteral("server closed the connection unexpectedly"));
-    const db::DbError refused(QStringLiteral("relation \"hreferal\" does not exist"));
+    const db::DbError lost(u"server closed the connection unexpectedly"_s);
+    const db::DbError refused(u"relation \"hreferal\" does not exist"_s);
     const std::pair<const db::DbError*, bool> ticks[] = {
         {&lost, true},     {&lost, false}, {&refused, true}, {&lost, false},
         {nullptr, false},  {&lost, true},

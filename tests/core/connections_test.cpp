@@ -10,6 +10,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,8 +23,7 @@ TEST_P(OwnConnections, CleanOneIsKeptForTheNextCommandOfTheSameDatabase)
         auto c = desk->ctx.openConnection();
         first = c->connectionName();
         db::Transaction tx(*c);
-        c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                {QStringLiteral("OJO'TA")});
+        c->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"OJO'TA"_s});
         tx.commit();
     }
     {
@@ -35,10 +35,10 @@ TEST_P(OwnConnections, CleanOneIsKeptForTheNextCommandOfTheSameDatabase)
     auto again = desk->ctx.openConnection();
     EXPECT_EQ(again->connectionName(), first);
     EXPECT_FALSE(again->inTransaction());
-    EXPECT_EQ(again->scalar(QStringLiteral("SELECT count(*) FROM hPatientArea WHERE AreaName = ?"),
-                            {QStringLiteral("OJO'TA")})
-                  .toInt(),
-              1);
+    EXPECT_EQ(
+        again->scalar(u"SELECT count(*) FROM hPatientArea WHERE AreaName = ?"_s, {u"OJO'TA"_s})
+            .toInt(),
+        1);
     // Two at once are two connections.
     auto second = desk->ctx.openConnection();
     EXPECT_NE(second->connectionName(), again->connectionName());
@@ -51,18 +51,15 @@ TEST_P(OwnConnections, OneThatSawAnErrorIsClosedAndItsWorkRolledBack)
         auto c = desk->ctx.openConnection();
         failed = c->connectionName();
         db::Transaction tx(*c);
-        c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                {QStringLiteral("EPE")});
-        EXPECT_THROW(c->exec(QStringLiteral("INSERT INTO NoSuchTable (x) VALUES (?)"), {1}),
-                     db::DbError);
+        c->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"EPE"_s});
+        EXPECT_THROW(c->exec(u"INSERT INTO NoSuchTable (x) VALUES (?)"_s, {1}), db::DbError);
         EXPECT_TRUE(c->sawError());
     }
     auto next = desk->ctx.openConnection();
     EXPECT_NE(next->connectionName(), failed);
-    EXPECT_EQ(next->scalar(QStringLiteral("SELECT count(*) FROM hPatientArea WHERE AreaName = ?"),
-                           {QStringLiteral("EPE")})
-                  .toInt(),
-              0);
+    EXPECT_EQ(
+        next->scalar(u"SELECT count(*) FROM hPatientArea WHERE AreaName = ?"_s, {u"EPE"_s}).toInt(),
+        0);
 }
 
 TEST_P(OwnConnections, KeptConnectionCutByTheServerIsReplacedBeforeUse)
@@ -74,16 +71,15 @@ TEST_P(OwnConnections, KeptConnectionCutByTheServerIsReplacedBeforeUse)
     {
         auto c = desk->ctx.openConnection();
         kept = c->connectionName();
-        pid = c->scalar(QStringLiteral("SELECT pg_backend_pid()")).toLongLong();
+        pid = c->scalar(u"SELECT pg_backend_pid()"_s).toLongLong();
     }
     // What a server restart does to every kept connection.
-    ws->connect()->scalar(QStringLiteral("SELECT pg_terminate_backend(?)"), {pid});
+    ws->connect()->scalar(u"SELECT pg_terminate_backend(?)"_s, {pid});
     auto c = desk->ctx.openConnection();
     EXPECT_NE(c->connectionName(), kept);
-    EXPECT_NE(c->scalar(QStringLiteral("SELECT pg_backend_pid()")).toLongLong(), pid);
+    EXPECT_NE(c->scalar(u"SELECT pg_backend_pid()"_s).toLongLong(), pid);
     db::Transaction tx(*c);
-    EXPECT_EQ(c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                      {QStringLiteral("OKE-AFA [NEW]")}),
+    EXPECT_EQ(c->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"OKE-AFA [NEW]"_s}),
               1);
     tx.commit();
 }
@@ -94,18 +90,17 @@ TEST_P(OwnConnections, TransactionWhoseLinkWasCutFailsAtCommitAndTheConnectionCo
         GTEST_SKIP() << "a server connection to cut exists on PostgreSQL only";
     auto c = desk->ctx.openConnection();
     db::Connection& shared = desk->ctx.db();
-    const QString pidSql = QStringLiteral("SELECT pg_backend_pid()");
+    const QString pidSql = u"SELECT pg_backend_pid()"_s;
     const qint64 pid = c->scalar(pidSql).toLongLong();
-    const QString cut = QStringLiteral("SELECT pg_terminate_backend(?)");
+    const QString cut = u"SELECT pg_terminate_backend(?)"_s;
     {
         db::Transaction tx(*c);
-        c->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                {QStringLiteral("IWAYA")});
+        c->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"IWAYA"_s});
         // Both links die, and the shared connection finds out first: that sends every kept
         // connection to check its own, but a COMMIT must not go out on a new one.
         ws->connect()->scalar(cut, {pid});
         ws->connect()->scalar(cut, {shared.scalar(pidSql)});
-        EXPECT_THROW(shared.scalar(QStringLiteral("SELECT 1")), db::DbError);
+        EXPECT_THROW(shared.scalar(u"SELECT 1"_s), db::DbError);
         try {
             tx.commit();
             ADD_FAILURE() << "committed although the transaction's link was gone";
@@ -113,12 +108,11 @@ TEST_P(OwnConnections, TransactionWhoseLinkWasCutFailsAtCommitAndTheConnectionCo
             EXPECT_TRUE(e.linkLost()) << e.description().toStdString();
         }
     }
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT count(*) FROM hPatientArea WHERE AreaName = ?"),
-                         {QStringLiteral("IWAYA")})
-                  .toInt(),
-              0);
+    EXPECT_EQ(
+        ws->scalar(u"SELECT count(*) FROM hPatientArea WHERE AreaName = ?"_s, {u"IWAYA"_s}).toInt(),
+        0);
     EXPECT_NE(c->scalar(pidSql).toLongLong(), pid);
-    EXPECT_EQ(shared.scalar(QStringLiteral("SELECT 1")).toInt(), 1);
+    EXPECT_EQ(shared.scalar(u"SELECT 1"_s).toInt(), 1);
 }
 
 }  // namespace
@@ -127,21 +121,19 @@ TOLMAR_INSTANTIATE_BACKENDS(OwnConnections);
 
 TEST(LinkFailure, TheServerBeingGoneIsToldApartFromARefusedLoginOrStatement)
 {
-    const QString at = QStringLiteral("connection to server at \"127.0.0.1\", port 5432 failed: ");
+    const QString at = u"connection to server at \"127.0.0.1\", port 5432 failed: "_s;
     const std::tuple<const char*, QString, bool> cases[] = {
-        {"57P01", QStringLiteral("FATAL:  terminating connection due to administrator command"),
-         true},
-        {"57P03", QStringLiteral("FATAL:  the database system is starting up"), true},
+        {"57P01", u"FATAL:  terminating connection due to administrator command"_s, true},
+        {"57P03", u"FATAL:  the database system is starting up"_s, true},
         {"08006", QString(), true},
-        {"", QStringLiteral("server closed the connection unexpectedly"), true},
-        {"", at + QStringLiteral("Connection refused"), true},
-        {"", QStringLiteral("no connection to the server"), true},
-        {"", QStringLiteral("database not open"), true},
-        {"28P01", at + QStringLiteral("FATAL:  password authentication failed for user \"x\""),
-         false},
-        {"", at + QStringLiteral("FATAL:  database \"tolmar\" does not exist"), false},
-        {"23505", QStringLiteral("duplicate key value violates unique constraint"), false},
-        {"42P01", QStringLiteral("relation \"nosuchtable\" does not exist"), false},
+        {"", u"server closed the connection unexpectedly"_s, true},
+        {"", at + u"Connection refused"_s, true},
+        {"", u"no connection to the server"_s, true},
+        {"", u"database not open"_s, true},
+        {"28P01", at + u"FATAL:  password authentication failed for user \"x\""_s, false},
+        {"", at + u"FATAL:  database \"tolmar\" does not exist"_s, false},
+        {"23505", u"duplicate key value violates unique constraint"_s, false},
+        {"42P01", u"relation \"nosuchtable\" does not exist"_s, false},
     };
     for (const auto& [state, text, lost] : cases)
         EXPECT_EQ(db::isLinkFailure(QString::fromLatin1(state), text), lost)

@@ -7,6 +7,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 using db::Database;
 
 class Defaults : public BackendTest {
@@ -26,56 +27,47 @@ protected:
 TEST_P(Defaults, AbsentRowsTakeTheirDefaults)
 {
     // Leave only the key the run cannot do without.
-    ws->exec(QStringLiteral("DELETE FROM AppDefaults WHERE ID <> ?"), {QStringLiteral("PRIVATE")});
-    ws->exec(QStringLiteral("DELETE FROM AppDefaults"), {}, Database::SmsCenter);
+    ws->exec(u"DELETE FROM AppDefaults WHERE ID <> ?"_s, {u"PRIVATE"_s});
+    ws->exec(u"DELETE FROM AppDefaults"_s, {}, Database::SmsCenter);
     StartupResult r;
     auto d = run(&r);
     ASSERT_EQ(r.outcome, StartupResult::Ok) << r.message.toStdString();
     const AppDefaults& a = d->ctx.session().defaults;
     EXPECT_EQ(a.PVT_CONFEE_SNO, 0);
     EXPECT_EQ(a.PVT_REGFEE_SNO, 0);
-    EXPECT_EQ(a.AUTO_CARD_NO, QStringLiteral("YES"));
-    EXPECT_EQ(a.PIXLOC, QStringLiteral("DB"));
-    EXPECT_EQ(a.Coy_Code, QStringLiteral("SHORT"));
-    EXPECT_EQ(a.SendSMS, QStringLiteral("NO"));
-    EXPECT_EQ(a.Revtype_Consult, QStringLiteral("CONSULTATION"));
-    EXPECT_EQ(a.CoyID, QStringLiteral("0001"));
-    EXPECT_FALSE(a.AcctPostOn);
-    EXPECT_EQ(a.AppLocation, QStringLiteral("Lagos"));
-    EXPECT_EQ(a.SearchValue, QStringLiteral("20"));
     EXPECT_EQ(a.SearchWaitTime, 3000);
-    EXPECT_EQ(a.TimeLineVersion, QStringLiteral("OLD"));
-    EXPECT_EQ(a.Clinic_Period, QStringLiteral("Between 10am - 3pm"));
-    EXPECT_EQ(a.Admission_Limit_Exists, QStringLiteral("YES"));
-    EXPECT_EQ(a.App_Location_Change, QStringLiteral("NO"));
-    EXPECT_EQ(a.Assign_Doctors_to_Consulting_Rooms, QStringLiteral("NO"));
-    EXPECT_EQ(a.Mail_Activated, QStringLiteral("No"));
+    EXPECT_FALSE(a.AcctPostOn);
+    EXPECT_EQ((QStringList{a.AUTO_CARD_NO, a.PIXLOC, a.Coy_Code, a.SendSMS, a.Revtype_Consult,
+                           a.CoyID, a.AppLocation, a.SearchValue, a.TimeLineVersion,
+                           a.Clinic_Period, a.Admission_Limit_Exists, a.App_Location_Change,
+                           a.Assign_Doctors_to_Consulting_Rooms, a.Mail_Activated}),
+              (QStringList{"YES", "DB", "SHORT", "NO", "CONSULTATION", "0001", "Lagos", "20", "OLD",
+                           "Between 10am - 3pm", "YES", "NO", "NO", "No"}));
     // The three warnings, in the order the keys are read; the run goes on after each.
     EXPECT_EQ(d->prompter.informs(),
-              (QStringList{
-                  QStringLiteral("System Default Value For Consultation Fee needed for Private "),
-                  QStringLiteral("System Default Value For Registration Fee needed for Private "),
-                  QStringLiteral("Clinic_PhoneNo Default Required to Send SMS Appointments")}));
+              (QStringList{u"System Default Value For Consultation Fee needed for Private "_s,
+                           u"System Default Value For Registration Fee needed for Private "_s,
+                           u"Clinic_PhoneNo Default Required to Send SMS Appointments"_s}));
 }
 
 TEST_P(Defaults, KeysAreReadFromTheirOwnDatabase)
 {
     // SendFrom lives in SmsCenter: a HOSPITAL row of that name is not looked at.
-    ws->setDefault(QStringLiteral("SendFrom"), QStringLiteral("WRONGDB"), Database::Hospital);
-    ws->setDefault(QStringLiteral("SendFrom"), QStringLiteral("HOSP SMS"), Database::SmsCenter);
+    ws->setDefault(u"SendFrom"_s, u"WRONGDB"_s, Database::Hospital);
+    ws->setDefault(u"SendFrom"_s, u"HOSP SMS"_s, Database::SmsCenter);
     auto d = run();
-    EXPECT_EQ(d->ctx.session().defaults.SendFrom, QStringLiteral("HOSP SMS"));
+    EXPECT_EQ(d->ctx.session().defaults.SendFrom, u"HOSP SMS"_s);
 }
 
 TEST_P(Defaults, SendFromIsReadOnlyWhenSmsIsOn)
 {
-    ws->setDefault(QStringLiteral("SendSMS"), QStringLiteral("Yes"));
+    ws->setDefault(u"SendSMS"_s, u"Yes"_s);
     auto d = run();
     EXPECT_EQ(d->ctx.session().defaults.SendFrom, QString());
-    ws->setDefault(QStringLiteral("SendSMS"), QStringLiteral("YES"));
-    ws->setDefault(QStringLiteral("SendFrom"), std::nullopt, Database::SmsCenter);
+    ws->setDefault(u"SendSMS"_s, u"YES"_s);
+    ws->setDefault(u"SendFrom"_s, std::nullopt, Database::SmsCenter);
     auto e = run();
-    EXPECT_EQ(e->ctx.session().defaults.SendFrom, QStringLiteral("Corvane"));
+    EXPECT_EQ(e->ctx.session().defaults.SendFrom, u"Corvane"_s);
 }
 
 TEST_P(Defaults, FatalKeysEndTheRunWithTheirMessage)
@@ -100,8 +92,8 @@ TEST_P(Defaults, FatalKeysEndTheRunWithTheirMessage)
         SCOPED_TRACE(c.key);
         ws = std::make_unique<Workspace>(GetParam());
         if (c.posting) {
-            ws->setDefault(QStringLiteral("AcctPostOn"), QStringLiteral("True"));
-            ws->setDefault(QStringLiteral("Acct_Receivable"), QStringLiteral("1200"));
+            ws->setDefault(u"AcctPostOn"_s, u"True"_s);
+            ws->setDefault(u"Acct_Receivable"_s, u"1200"_s);
         }
         ws->setDefault(QString::fromLatin1(c.key), c.value, c.db);
         StartupResult r;
@@ -115,67 +107,61 @@ TEST_P(Defaults, FatalKeysEndTheRunWithTheirMessage)
 TEST_P(Defaults, PostingKeysAreReadOnlyWhilePostingIsOn)
 {
     // Without AcctPostOn nothing about posting is asked for, not even its fatal keys.
-    ws->setDefault(QStringLiteral("AcctPostOn"), std::nullopt);
-    ws->setDefault(QStringLiteral("AcctPostLastPeriodCloseDate"), std::nullopt,
-                   Database::Accounting);
+    ws->setDefault(u"AcctPostOn"_s, std::nullopt);
+    ws->setDefault(u"AcctPostLastPeriodCloseDate"_s, std::nullopt, Database::Accounting);
     StartupResult r;
     auto d = run(&r);
     ASSERT_EQ(r.outcome, StartupResult::Ok);
     EXPECT_FALSE(d->ctx.session().defaults.AcctPostOn);
     EXPECT_FALSE(d->ctx.session().defaults.AcctPostLastPeriodCloseDate.isValid());
 
-    ws->setDefault(QStringLiteral("AcctPostOn"), QStringLiteral("True"));
-    ws->setDefault(QStringLiteral("AcctPostLastPeriodCloseDate"), QStringLiteral("2026-06-30"),
-                   Database::Accounting);
-    ws->setDefault(QStringLiteral("Acct_Receivable"), QStringLiteral("1200"));
-    ws->setDefault(QStringLiteral("AcctPostBelowLastPeriodClose"), QStringLiteral("YES"),
-                   Database::Accounting);
+    ws->setDefault(u"AcctPostOn"_s, u"True"_s);
+    ws->setDefault(u"AcctPostLastPeriodCloseDate"_s, u"2026-06-30"_s, Database::Accounting);
+    ws->setDefault(u"Acct_Receivable"_s, u"1200"_s);
+    ws->setDefault(u"AcctPostBelowLastPeriodClose"_s, u"YES"_s, Database::Accounting);
     auto e = run(&r);
     ASSERT_EQ(r.outcome, StartupResult::Ok) << r.message.toStdString();
     const AppDefaults& a = e->ctx.session().defaults;
     EXPECT_TRUE(a.AcctPostOn);
-    EXPECT_EQ(a.AcctPostLastPeriodCloseDate, QDate(2026, 6, 30));
-    EXPECT_EQ(a.Acct_Receivable, QStringLiteral("1200"));
-    EXPECT_EQ(a.AcctPostBelowLastPeriodClose, QStringLiteral("YES"));
-    EXPECT_EQ(a.AcctPostBeyondCurrentCalendarMonth, QStringLiteral("NO"));
+    EXPECT_EQ((QStringList{a.AcctPostLastPeriodCloseDate.toString(Qt::ISODate), a.Acct_Receivable,
+                           a.AcctPostBelowLastPeriodClose, a.AcctPostBeyondCurrentCalendarMonth}),
+              (QStringList{"2026-06-30", "1200", "YES", "NO"}));
 }
 
 TEST_P(Defaults, PostingFlagThatIsNotABooleanFailsTheRun)
 {
-    ws->setDefault(QStringLiteral("AcctPostOn"), QStringLiteral("maybe"));
+    ws->setDefault(u"AcctPostOn"_s, u"maybe"_s);
     StartupResult r;
     auto d = run(&r);
     EXPECT_EQ(r.outcome, StartupResult::Failed);
-    EXPECT_TRUE(r.message.contains(QStringLiteral("AcctPostOn")));
+    EXPECT_TRUE(r.message.contains(u"AcctPostOn"_s));
 }
 
 TEST_P(Defaults, MailNeedsExactlyYes)
 {
-    ws->setDefault(QStringLiteral("Mail_Activated"), QStringLiteral("YES"));
-    ws->setDefault(QStringLiteral("Mail_Server"), QStringLiteral("smtp.example.org"));
+    ws->setDefault(u"Mail_Activated"_s, u"YES"_s);
+    ws->setDefault(u"Mail_Server"_s, u"smtp.example.org"_s);
     auto d = run();
     EXPECT_FALSE(d->ctx.session().defaults.mailActivated());
     EXPECT_EQ(d->ctx.session().defaults.Mail_Server, QString());
 
-    ws->setDefault(QStringLiteral("Mail_Activated"), QStringLiteral("Yes"));
+    ws->setDefault(u"Mail_Activated"_s, u"Yes"_s);
     auto e = run();
     const AppDefaults& a = e->ctx.session().defaults;
     EXPECT_TRUE(a.mailActivated());
-    EXPECT_EQ(a.Mail_Server, QStringLiteral("smtp.example.org"));
-    EXPECT_EQ(a.Mail_Password, QStringLiteral("nimbl#482"));
-    EXPECT_EQ(a.Mail_Client, QStringLiteral("TOLMAR SPECIALIST HOSPITAL"));
-    EXPECT_EQ(a.Mail_SmtpPort, 8889);
-    EXPECT_EQ(a.Mail_Subject, QStringLiteral("Client Mail"));
+    EXPECT_EQ((QStringList{a.Mail_Server, a.Mail_Password, a.Mail_Client,
+                           QString::number(a.Mail_SmtpPort), a.Mail_Subject}),
+              (QStringList{"smtp.example.org", "nimbl#482", "TOLMAR SPECIALIST HOSPITAL", "8889",
+                           "Client Mail"}));
 }
 
 TEST_P(Defaults, NullValueReadsAsEmptyAndNumbersMustFit)
 {
-    ws->exec(QStringLiteral("UPDATE AppDefaults SET IDVal = NULL WHERE ID = ?"),
-             {QStringLiteral("AppLocation")});
+    ws->exec(u"UPDATE AppDefaults SET IDVal = NULL WHERE ID = ?"_s, {u"AppLocation"_s});
     auto d = run();
     EXPECT_EQ(d->ctx.session().defaults.AppLocation, QString());
 
-    ws->setDefault(QStringLiteral("SearchWaitTime"), QStringLiteral("40000"));  // not 16-bit
+    ws->setDefault(u"SearchWaitTime"_s, u"40000"_s);  // not 16-bit
     StartupResult r;
     run(&r);
     EXPECT_EQ(r.outcome, StartupResult::Failed);

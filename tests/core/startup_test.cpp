@@ -10,6 +10,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 class Startup : public BackendTest {
 protected:
@@ -23,56 +24,50 @@ TEST_P(Startup, ReadsSessionIdentityDefaultsAndServerClock)
     const auto r = start(d);
     ASSERT_EQ(r.outcome, StartupResult::Ok) << r.message.toStdString();
     const Session& s = d.ctx.session();
-    EXPECT_EQ(s.userName, QStringLiteral("demo"));
-    EXPECT_EQ(s.fullName, QStringLiteral("ADAEZE OKAFOR"));
-    EXPECT_EQ(s.empID, QStringLiteral("EMP001"));
-    EXPECT_EQ(s.hospID, QStringLiteral("001"));
-    EXPECT_EQ(s.hospitalName, QStringLiteral("TOLMAR SPECIALIST HOSPITAL"));
-    EXPECT_EQ(s.hospitalNo, QStringLiteral("001"));
-    EXPECT_EQ(s.loginRole, QStringLiteral("RECORDS"));
-    EXPECT_EQ(s.moduleNumber, 3);
-    EXPECT_EQ(s.defaults.PRIVATE, QStringLiteral("0001"));
-    EXPECT_EQ(s.defaults.AppLocation, QStringLiteral("Ikeja"));
-    EXPECT_EQ(s.serverDate, QDate(2026, 11, 23));
-    EXPECT_EQ(s.serverDateText, QStringLiteral("23/11/2026"));
-    EXPECT_EQ(s.serverTimeText, QStringLiteral("9:30 AM"));
+    EXPECT_EQ(
+        (QStringList{s.userName, s.fullName, s.empID, s.hospID, s.hospitalName, s.hospitalNo,
+                     s.loginRole, QString::number(s.moduleNumber), s.defaults.PRIVATE,
+                     s.defaults.AppLocation, s.serverDate.toString(Qt::ISODate), s.serverDateText,
+                     s.serverTimeText}),
+        (QStringList{"demo", "ADAEZE OKAFOR", "EMP001", "001", "TOLMAR SPECIALIST HOSPITAL", "001",
+                     "RECORDS", "3", "0001", "Ikeja", "2026-11-23", "23/11/2026", "9:30 AM"}));
     // The reports folder is made one level deep under an existing Reports folder.
-    EXPECT_TRUE(QDir(ws->homePath(QStringLiteral("Reports/RECORDS"))).exists());
+    EXPECT_TRUE(QDir(ws->homePath(u"Reports/RECORDS"_s)).exists());
     EXPECT_TRUE(d.prompter.messages().empty());
 }
 
-TEST_P(Startup, MissingMadeSysEndsTheRun)
+TEST_P(Startup, MissingFilesAndAUserWhoMayNotRunItEndTheRun)
 {
-    Desk d(*ws);
-    ws->writeFile(QStringLiteral("sysdoc.sys"), {QStringLiteral("demo")});
-    const auto r = start(d);
-    EXPECT_EQ(r.outcome, StartupResult::Fatal);
-    EXPECT_EQ(r.exitCode, kExitMadeSysMissing);
-    EXPECT_TRUE(d.prompter.saw(
-        QStringLiteral("A System inifile bAccum required for this Application is MISSING")));
-}
-
-TEST_P(Startup, MissingSysdocEndsTheRun)
-{
-    Desk d(*ws);
-    ws->writeFile(QStringLiteral("made.sys"), {QStringLiteral("SVR=") + ws->serverName()});
-    const auto r = start(d);
-    EXPECT_EQ(r.outcome, StartupResult::Fatal);
-    EXPECT_EQ(r.exitCode, kExitSysdocMissing);
-    EXPECT_EQ(d.prompter.lastText(),
-              QStringLiteral("A System file UserName required for this Application is MISSING"));
-}
-
-TEST_P(Startup, UnknownUserAndUserWithoutTheRoleGetTheSameRefusal)
-{
-    const QString refusal = QStringLiteral("Invalid Login OR session has expired!!! Please Re-login");
-    for (const QString& user : {QStringLiteral("nobody"), QStringLiteral("cashier"), QString()}) {
+    // Whether made.sys is there, the user sysdoc.sys names (none: no file), the status and
+    // the message. An unknown user and one without the role get the same refusal.
+    const QString refusal = u"Invalid Login OR session has expired!!! Please Re-login"_s;
+    const struct {
+        bool madeSys;
+        const char* user;
+        int status;
+        QString says;
+    } cases[] = {
+        {false, "demo", kExitMadeSysMissing,
+         u"A System inifile bAccum required for this Application is MISSING"_s},
+        {true, nullptr, kExitSysdocMissing,
+         u"A System file UserName required for this Application is MISSING"_s},
+        {true, "nobody", kExitInvalidLogin, refusal},
+        {true, "cashier", kExitInvalidLogin, refusal},
+        {true, "", kExitInvalidLogin, refusal},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.status);
+        QFile::remove(ws->homePath(u"made.sys"_s));
+        QFile::remove(ws->homePath(u"sysdoc.sys"_s));
+        if (c.madeSys)
+            ws->writeFile(u"made.sys"_s, {u"SVR="_s + ws->serverName(), u"HNO=001"_s});
+        if (c.user)
+            ws->writeFile(u"sysdoc.sys"_s, {QString::fromLatin1(c.user)});
         Desk d(*ws);
-        ws->writeSettings(user);
         const auto r = start(d);
-        EXPECT_EQ(r.outcome, StartupResult::Fatal) << user.toStdString();
-        EXPECT_EQ(r.exitCode, kExitInvalidLogin);
-        EXPECT_EQ(d.prompter.lastText(), refusal);
+        EXPECT_EQ(r.outcome, StartupResult::Fatal);
+        EXPECT_EQ(r.exitCode, c.status);
+        EXPECT_TRUE(d.prompter.saw(c.says)) << d.prompter.lastText().toStdString();
     }
 }
 
@@ -80,10 +75,9 @@ TEST_P(Startup, LastLineOfSysdocIsTheUser)
 {
     Desk d(*ws);
     ws->writeSettings();
-    ws->writeFile(QStringLiteral("sysdoc.sys"),
-                  {QStringLiteral("cashier"), QStringLiteral("manager")});
+    ws->writeFile(u"sysdoc.sys"_s, {u"cashier"_s, u"manager"_s});
     ASSERT_EQ(start(d).outcome, StartupResult::Ok);
-    EXPECT_EQ(d.ctx.session().fullName, QStringLiteral("TUNDE BALOGUN"));
+    EXPECT_EQ(d.ctx.session().fullName, u"TUNDE BALOGUN"_s);
 }
 
 TEST_P(Startup, VersionGateRefusesAnOlderProgram)
@@ -93,23 +87,21 @@ TEST_P(Startup, VersionGateRefusesAnOlderProgram)
         QString text;
         bool sqliteOnly;  // PostgreSQL keeps MinVer in 16 bits itself
     };
-    const QString old22 =
-        QStringLiteral("RECORDS Module is OLD!\r\nOnly Versions 22 and Above are Allowed");
+    const QString old22 = u"RECORDS Module is OLD!\r\nOnly Versions 22 and Above are Allowed"_s;
     const Case cases[] = {
         {22, old22},
         {21.5, old22},  // a fraction is rounded, as a 16-bit number holds it
         // Beyond 16 bits no version could ever run; wrapped it would read as 21.
         {65557,
-         QStringLiteral("RECORDS Module cannot check its version: MinVer 65557 in Roles is not "
-                        "a version number (0 to 32767)."),
+         u"RECORDS Module cannot check its version: MinVer 65557 in Roles is not "
+         "a version number (0 to 32767)."_s,
          true},
     };
     for (const Case& c : cases) {
         if (c.sqliteOnly && ws->backend() != db::Backend::Sqlite)
             continue;
         SCOPED_TRACE(c.minVer.toString().toStdString());
-        ws->exec(QStringLiteral("UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"),
-                 {c.minVer, QStringLiteral("RECORDS")});
+        ws->exec(u"UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"_s, {c.minVer, u"RECORDS"_s});
         Desk d(*ws);
         ws->writeSettings();
         const auto r = start(d);
@@ -117,7 +109,7 @@ TEST_P(Startup, VersionGateRefusesAnOlderProgram)
         EXPECT_EQ(r.exitCode, kExitOldVersion);
         ASSERT_NE(d.prompter.last(), nullptr);
         EXPECT_EQ(d.prompter.last()->text, c.text);
-        EXPECT_EQ(d.prompter.last()->title, QStringLiteral("Old Version 21.78 Not Allowed"));
+        EXPECT_EQ(d.prompter.last()->title, u"Old Version 21.78 Not Allowed"_s);
         EXPECT_EQ(d.prompter.last()->icon, Icon::Critical);
     }
 }
@@ -125,43 +117,39 @@ TEST_P(Startup, VersionGateRefusesAnOlderProgram)
 TEST_P(Startup, VersionGateOnlyRunsWhenLockedAndComparesTheMajorNumber)
 {
     // The same major version passes; a higher one passes unless the lock is on.
-    ws->exec(QStringLiteral("UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"),
-             {21, QStringLiteral("RECORDS")});
+    ws->exec(u"UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"_s, {21, u"RECORDS"_s});
     {
         Desk d(*ws);
         d.startUp();
     }
-    ws->exec(QStringLiteral("UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"),
-             {40, QStringLiteral("RECORDS")});
-    ws->setDefault(QStringLiteral("LockOldVersion"), QStringLiteral("NO"));
+    ws->exec(u"UPDATE Roles SET MinVer = ? WHERE LoginRole = ?"_s, {40, u"RECORDS"_s});
+    ws->setDefault(u"LockOldVersion"_s, u"NO"_s);
     Desk d(*ws);
     d.startUp();
     // A NULL MinVer counts as 0.
-    ws->exec(QStringLiteral("UPDATE Roles SET MinVer = NULL WHERE LoginRole = ?"),
-             {QStringLiteral("RECORDS")});
-    ws->setDefault(QStringLiteral("LockOldVersion"), QStringLiteral("YES"));
+    ws->exec(u"UPDATE Roles SET MinVer = NULL WHERE LoginRole = ?"_s, {u"RECORDS"_s});
+    ws->setDefault(u"LockOldVersion"_s, u"YES"_s);
     Desk e(*ws);
     e.startUp();
 }
 
 TEST_P(Startup, ReportsFolderIsMadeOnlyOneLevelDeep)
 {
-    QDir(ws->home()).rmdir(QStringLiteral("Reports"));
+    QDir(ws->home()).rmdir(u"Reports"_s);
     Desk d(*ws);
     ws->writeSettings();
     const auto r = start(d);
     EXPECT_EQ(r.outcome, StartupResult::Failed);
-    EXPECT_TRUE(r.message.contains(QStringLiteral("Reports")));
+    EXPECT_TRUE(r.message.contains(u"Reports"_s));
 }
 
 TEST_P(Startup, AServerThatCannotBeReachedIsReportedByTheErrorTrap)
 {
     Desk d(*ws);
-    ws->writeFile(QStringLiteral("made.sys"),
-                  {ws->backend() == db::Backend::Sqlite
-                       ? QStringLiteral("SVR=sqlite:") + ws->homePath(QStringLiteral("nowhere"))
-                       : QStringLiteral("SVR=127.0.0.1:1")});
-    ws->writeFile(QStringLiteral("sysdoc.sys"), {QStringLiteral("demo")});
+    ws->writeFile(u"made.sys"_s, {ws->backend() == db::Backend::Sqlite
+                                      ? u"SVR=sqlite:"_s + ws->homePath(u"nowhere"_s)
+                                      : u"SVR=127.0.0.1:1"_s});
+    ws->writeFile(u"sysdoc.sys"_s, {u"demo"_s});
     const auto r = start(d);
     EXPECT_EQ(r.outcome, StartupResult::Failed);
     EXPECT_EQ(r.exitCode, kExitStartupError);
@@ -173,11 +161,11 @@ TEST_P(Startup, ReloadReadsTheUserAndDefaultsAgain)
 {
     Desk d(*ws);
     d.startUp();
-    ws->setDefault(QStringLiteral("AppLocation"), QStringLiteral("Victoria Island"));
-    ws->writeFile(QStringLiteral("sysdoc.sys"), {QStringLiteral("manager")});
+    ws->setDefault(u"AppLocation"_s, u"Victoria Island"_s);
+    ws->writeFile(u"sysdoc.sys"_s, {u"manager"_s});
     ASSERT_EQ(runStartup(d.ctx).outcome, StartupResult::Ok);
-    EXPECT_EQ(d.ctx.session().defaults.AppLocation, QStringLiteral("Victoria Island"));
-    EXPECT_EQ(d.ctx.session().userName, QStringLiteral("manager"));
+    EXPECT_EQ(d.ctx.session().defaults.AppLocation, u"Victoria Island"_s);
+    EXPECT_EQ(d.ctx.session().userName, u"manager"_s);
 }
 
 TEST_P(Startup, ServerClockComesFromTheDatabaseWhenNotFixed)
@@ -206,12 +194,13 @@ TEST_P(Startup, ANewerDatabaseIsRefusedAndAnOlderOneUpgradedWhenTheDeskAgrees)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.version);
-        ws->exec(QStringLiteral("DELETE FROM schema_version WHERE version >= ?"),
+        ws->exec(u"DELETE FROM schema_version WHERE version >= ?"_s,
                  {std::min(c.version, latest) + 1});
         if (c.version > latest)
-            ws->exec(QStringLiteral("INSERT INTO schema_version (version, name, applied_at) "
-                                    "VALUES (?, 'future', '2030-01-01 00:00:00')"),
-                     {c.version});
+            ws->exec(
+                u"INSERT INTO schema_version (version, name, applied_at) "
+                "VALUES (?, 'future', '2030-01-01 00:00:00')"_s,
+                {c.version});
         Desk d(*ws);
         ws->writeSettings();
         if (c.answer)
@@ -230,28 +219,23 @@ TEST_P(Startup, ANewerDatabaseIsRefusedAndAnOlderOneUpgradedWhenTheDeskAgrees)
 
 TOLMAR_INSTANTIATE_BACKENDS(Startup);
 
-TEST(MadeSys, LaterLineWinsAndOtherLinesAreSkipped)
+TEST(MadeSys, LaterLineWinsOtherLinesAreSkippedAndTheHostDropsTheInstance)
 {
-    const auto m = parseMadeSys({QStringLiteral("SVR=first"), QStringLiteral("; comment"),
-                                 QStringLiteral("HNO=002"), QStringLiteral("SVRxsecond\\SQL2019"),
-                                 QStringLiteral("svr=lower-case is not a key")});
-    EXPECT_EQ(m.serverName, QStringLiteral("second\\SQL2019"));
-    EXPECT_EQ(m.hospitalNo, QStringLiteral("002"));
-    EXPECT_EQ(parseMadeSys({QStringLiteral("HNO=1")}).serverName, QString());
-}
-
-TEST(MadeSys, ServerHostDropsTheInstancePart)
-{
-    EXPECT_EQ(serverHostOf(QStringLiteral("DBSRV\\SQLEXPRESS")), QStringLiteral("DBSRV"));
-    EXPECT_EQ(serverHostOf(QStringLiteral("10.0.0.4")), QStringLiteral("10.0.0.4"));
-    EXPECT_EQ(serverHostOf(QStringLiteral("A\\B\\C")), QStringLiteral("A"));
+    const auto m = parseMadeSys({u"SVR=first"_s, u"; comment"_s, u"HNO=002"_s,
+                                 u"SVRxsecond\\SQL2019"_s, u"svr=lower-case is not a key"_s});
+    EXPECT_EQ(m.serverName, u"second\\SQL2019"_s);
+    EXPECT_EQ(m.hospitalNo, u"002"_s);
+    EXPECT_EQ(parseMadeSys({u"HNO=1"_s}).serverName, QString());
+    EXPECT_EQ(serverHostOf(u"DBSRV\\SQLEXPRESS"_s), u"DBSRV"_s);
+    EXPECT_EQ(serverHostOf(u"10.0.0.4"_s), u"10.0.0.4"_s);
+    EXPECT_EQ(serverHostOf(u"A\\B\\C"_s), u"A"_s);
 }
 
 TEST(MadeSys, NoServerLineMeansServerAndTheShareUsesTheHostOnly)
 {
     QTemporaryDir home;
-    QDir(home.path()).mkpath(QStringLiteral("Reports"));
-    QFile f(home.filePath(QStringLiteral("made.sys")));
+    QDir(home.path()).mkpath(u"Reports"_s);
+    QFile f(home.filePath(u"made.sys"_s));
     ASSERT_TRUE(f.open(QIODevice::WriteOnly));
     f.write("HNO=001\r\n");
     f.close();
@@ -259,6 +243,6 @@ TEST(MadeSys, NoServerLineMeansServerAndTheShareUsesTheHostOnly)
     FixedClock clock(QDateTime(QDate(2026, 1, 1), QTime(8, 0)));
     AppContext ctx(home.path(), p, clock);
     runStartup(ctx);  // fails at the connection: there is no server called SERVER
-    EXPECT_EQ(ctx.session().serverName, QStringLiteral("SERVER"));
-    EXPECT_EQ(ctx.session().patientsShare, QStringLiteral("\\\\SERVER\\Patients\\"));
+    EXPECT_EQ(ctx.session().serverName, u"SERVER"_s);
+    EXPECT_EQ(ctx.session().patientsShare, u"\\\\SERVER\\Patients\\"_s);
 }

@@ -16,6 +16,8 @@
 
 namespace tolmar::test {
 
+using namespace Qt::StringLiterals;
+
 class MainWindowTest : public BackendTest {
 protected:
     void SetUp() override
@@ -56,48 +58,49 @@ protected:
     QDate today() const { return desk->ctx.session().serverDate; }
 
     void addPatient(const QString& pno, const QString& surname, const QString& first,
-                    const QString& coy = QStringLiteral("0001"),
-                    const QVariant& expiry = QVariant(), int expired = 0,
-                    const QVariant& regDate = QVariant()) const
+                    const QString& coy = u"0001"_s, const QVariant& expiry = QVariant(),
+                    int expired = 0, const QVariant& regDate = QVariant()) const
     {
-        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, oldPno, psurname, pfirstName, "
-                                "CoyName, clientCatID, expirydate, expired, regDate, sex, "
-                                "pPhoneNo, empno) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                 {pno, QStringLiteral("C-") + pno.right(3), surname, first, coy,
-                  coy == QLatin1String("0001") ? QStringLiteral("PRIVATE") : QStringLiteral("HMO"),
-                  expiry, expired, regDate.isValid() ? regDate : QVariant(QDate(2020, 1, 6)),
-                  QStringLiteral("FEMALE"), QStringLiteral("08030000") + pno.right(3),
-                  QStringLiteral("EN-") + pno.right(3)});
+        ws->exec(
+            u"INSERT INTO hPatients (PNo, oldPno, psurname, pfirstName, "
+            "CoyName, clientCatID, expirydate, expired, regDate, sex, "
+            "pPhoneNo, empno) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
+            {pno, u"C-"_s + pno.right(3), surname, first, coy,
+             coy == QLatin1String("0001") ? u"PRIVATE"_s : u"HMO"_s, expiry, expired,
+             regDate.isValid() ? regDate : QVariant(QDate(2020, 1, 6)), u"FEMALE"_s,
+             u"08030000"_s + pno.right(3), u"EN-"_s + pno.right(3)});
     }
     void addVisit(const QString& pno, const QString& consultID, const QDate& date,
-                  const QString& time, const QString& clinic = QStringLiteral("GOPD"),
-                  const QString& coy = QStringLiteral("0001")) const
+                  const QString& time, const QString& clinic = u"GOPD"_s,
+                  const QString& coy = u"0001"_s) const
     {
-        ws->exec(QStringLiteral("INSERT INTO hRecords (recDate, htime, PNo, consultID, empID, "
-                                "clinicType, Remarks, clientCat, CoyName) "
-                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                 {date, time, pno, consultID, QStringLiteral("EMP001"), clinic,
-                  QStringLiteral("CONSULTATION"), QStringLiteral("PRIVATE"), coy});
+        ws->exec(
+            u"INSERT INTO hRecords (recDate, htime, PNo, consultID, empID, "
+            "clinicType, Remarks, clientCat, CoyName) "
+            "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
+            {date, time, pno, consultID, u"EMP001"_s, clinic, u"CONSULTATION"_s, u"PRIVATE"_s,
+             coy});
     }
     void addReferral(const QString& pno, const QString& consultID, const QDate& refDate,
                      const QDate& apptDate, int attendedToByRec = 0,
-                     const QString& to = QStringLiteral("EYE CLINIC")) const
+                     const QString& to = u"EYE CLINIC"_s) const
     {
-        ws->exec(QStringLiteral("INSERT INTO hreferal (consultID, clientCat, referto, ApptDate, "
-                                "ApptTime, refReason, PNo, refDate, refTime, attendedto, "
-                                "attendedToByRec) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 0, ?)"),
-                 {consultID, QStringLiteral("PRIVATE"), to, apptDate, QStringLiteral("10:00"),
-                  QStringLiteral("REVIEW"), pno, refDate, QStringLiteral("09:00"),
-                  attendedToByRec});
+        ws->exec(
+            u"INSERT INTO hreferal (consultID, clientCat, referto, ApptDate, "
+            "ApptTime, refReason, PNo, refDate, refTime, attendedto, "
+            "attendedToByRec) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, 0, ?)"_s,
+            {consultID, u"PRIVATE"_s, to, apptDate, u"10:00"_s, u"REVIEW"_s, pno, refDate,
+             u"09:00"_s, attendedToByRec});
     }
     void addAdmission(const QString& pno, const QString& consultID, const QString& clientCat,
                       const QVariant& limit, int discharged = 0) const
     {
-        ws->exec(QStringLiteral("INSERT INTO hAdmission (AdmDate, aTime, PNo, wardID, Reason, "
-                                "consultID, clientCat, isDischarged, ExtendAdmissionLimitTo) "
-                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                 {QDate(2026, 11, 20), QStringLiteral("14:10"), pno, QStringLiteral("XX"),
-                  QStringLiteral("OBSERVATION"), consultID, clientCat, discharged, limit});
+        ws->exec(
+            u"INSERT INTO hAdmission (AdmDate, aTime, PNo, wardID, Reason, "
+            "consultID, clientCat, isDischarged, ExtendAdmissionLimitTo) "
+            "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
+            {QDate(2026, 11, 20), u"14:10"_s, pno, u"XX"_s, u"OBSERVATION"_s, consultID, clientCat,
+             discharged, limit});
     }
 
     std::unique_ptr<MdiTolmar> window;

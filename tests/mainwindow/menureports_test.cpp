@@ -9,6 +9,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,11 +24,20 @@ protected:
                 out << v;
         return out;
     }
-    DataReportView* only() const
+    // Opens the window and runs a report from the menu: the one report window it leaves.
+    DataReportView* run(const char* entry)
     {
+        if (!window)
+            open();
+        action(QString::fromLatin1(entry))->trigger();
         const auto all = reportWindows();
         EXPECT_EQ(all.size(), 1);
         return all.isEmpty() ? nullptr : all.front();
+    }
+    // The report's name, window title and caption.
+    static QString title(const DataReportView* v)
+    {
+        return v->objectName() + u'|' + v->windowTitle() + u'|' + v->document().caption;
     }
     // The printed values of one column of the report, by caption.
     static QStringList column(const DataReportView* v, const QString& caption)
@@ -66,39 +76,28 @@ TEST_P(MenuReports, EachSaysSoWhenThereIsNothingToList)
 TEST_P(MenuReports, DailyAttendanceListsTodaysVisitsNewestFirst)
 {
     const QDate today(2026, 11, 23);
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("O'CONNOR"),
-               QStringLiteral("ỌLỌ́LÁ"), QStringLiteral("0007"));
-    addPatient(QStringLiteral("001/000000002"), QStringLiteral("BELLO"), QStringLiteral("MUSA"));
-    addVisit(QStringLiteral("001/000000001"), QStringLiteral("001000000001"), today,
-             QStringLiteral("08:15"), QStringLiteral("GOPD"), QStringLiteral("0007"));
-    addVisit(QStringLiteral("001/000000002"), QStringLiteral("001000000002"), today,
-             QStringLiteral("11:40"), QStringLiteral("EYE CLINIC"));
-    addVisit(QStringLiteral("001/000000002"), QStringLiteral("001000000003"), today.addDays(-1),
-             QStringLiteral("12:00"));
-    open();
-    action(QStringLiteral("mnuRptSB"))->trigger();
-    EXPECT_TRUE(desk->prompter.messages().empty());
-    DataReportView* v = only();
+    addPatient(u"001/000000001"_s, u"O'CONNOR"_s, u"ỌLỌ́LÁ"_s, u"0007"_s);
+    addPatient(u"001/000000002"_s, u"BELLO"_s, u"MUSA"_s);
+    addVisit(u"001/000000001"_s, u"001000000001"_s, today, u"08:15"_s, u"GOPD"_s, u"0007"_s);
+    addVisit(u"001/000000002"_s, u"001000000002"_s, today, u"11:40"_s, u"EYE CLINIC"_s);
+    addVisit(u"001/000000002"_s, u"001000000003"_s, today.addDays(-1), u"12:00"_s);
+    DataReportView* v = run("mnuRptSB");
     ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v->objectName(), QStringLiteral("rptAttendance"));
-    EXPECT_EQ(v->windowTitle(), QStringLiteral("Patients Attendance for Today"));
-    EXPECT_EQ(v->document().caption, QStringLiteral("Patients Attendance for Today"));
-    EXPECT_EQ(v->document().heading, QStringLiteral("TOLMAR SPECIALIST HOSPITAL"));
-    EXPECT_EQ(v->document().printedOn, QStringLiteral("23/11/2026"));
-    EXPECT_EQ(column(v, QStringLiteral("Patient Name")),
-              (QStringList{QStringLiteral("BELLO MUSA"), QStringLiteral("O'CONNOR ỌLỌ́LÁ")}));
-    EXPECT_EQ(column(v, QStringLiteral("Time")),
-              (QStringList{QStringLiteral("11:40"), QStringLiteral("08:15")}));
-    EXPECT_EQ(column(v, QStringLiteral("Date")),
-              (QStringList{QStringLiteral("23/11/2026"), QStringLiteral("23/11/2026")}));
+    EXPECT_TRUE(desk->prompter.messages().empty());
+    EXPECT_EQ(title(v),
+              u"rptAttendance|Patients Attendance for Today|Patients Attendance for Today"_s);
+    EXPECT_EQ(v->document().heading, u"TOLMAR SPECIALIST HOSPITAL"_s);
+    EXPECT_EQ(v->document().printedOn, u"23/11/2026"_s);
+    EXPECT_EQ(column(v, u"Patient Name"_s), (QStringList{u"BELLO MUSA"_s, u"O'CONNOR ỌLỌ́LÁ"_s}));
+    EXPECT_EQ(column(v, u"Time"_s), (QStringList{u"11:40"_s, u"08:15"_s}));
+    EXPECT_EQ(column(v, u"Date"_s), (QStringList{u"23/11/2026"_s, u"23/11/2026"_s}));
     // The payer by name, quote and all; the officer who took the visit.
-    EXPECT_EQ(column(v, QStringLiteral("Company")).last(),
-              QStringLiteral("O'DEX & SONS (NIG) LTD"));
-    EXPECT_EQ(column(v, QStringLiteral("Taken By")).first(), QStringLiteral("demo"));
+    EXPECT_EQ(column(v, u"Company"_s).last(), u"O'DEX & SONS (NIG) LTD"_s);
+    EXPECT_EQ(column(v, u"Taken By"_s).first(), u"demo"_s);
     EXPECT_EQ(v->pageCount(), 1);
 
     // Asking again replaces the window rather than stacking another.
-    action(QStringLiteral("mnuRptSB"))->trigger();
+    action(u"mnuRptSB"_s)->trigger();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(reportWindows().size(), 1);
 }
@@ -106,98 +105,69 @@ TEST_P(MenuReports, DailyAttendanceListsTodaysVisitsNewestFirst)
 TEST_P(MenuReports, DailyRegistrationListsTodaysNewPatients)
 {
     const QDate today(2026, 11, 23);
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"),
-               QStringLiteral("0001"), today.addYears(1), 0, today);
-    addPatient(QStringLiteral("001/000000002"), QStringLiteral("EZE"), QStringLiteral("JOHN"),
-               QStringLiteral("0004"), QVariant(), 0, today.addDays(-2));
+    addPatient(u"001/000000001"_s, u"ADEYEMI"_s, u"TOLU"_s, u"0001"_s, today.addYears(1), 0, today);
+    addPatient(u"001/000000002"_s, u"EZE"_s, u"JOHN"_s, u"0004"_s, QVariant(), 0,
+               today.addDays(-2));
     // The patient row keeps the registering officer's employee id.
-    ws->exec(QStringLiteral("UPDATE hPatients SET Username = ?"), {QStringLiteral("EMP001")});
-    open();
-    action(QStringLiteral("mnuDR"))->trigger();
-    DataReportView* v = only();
+    ws->exec(u"UPDATE hPatients SET Username = ?"_s, {u"EMP001"_s});
+    DataReportView* v = run("mnuDR");
     ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v->objectName(), QStringLiteral("rptNewReg"));
+    EXPECT_EQ(title(v),
+              u"rptNewReg|Patients Registration for Today|Patients Registration for Today"_s);
     // Named as the attendance list names who took a visit: by user name.
-    EXPECT_EQ(column(v, QStringLiteral("Registered By")), QStringList{QStringLiteral("demo")});
-    EXPECT_EQ(v->windowTitle(), QStringLiteral("Patients Registration for Today"));
-    EXPECT_EQ(column(v, QStringLiteral("System No")),
-              QStringList{QStringLiteral("001/000000001")});
-    EXPECT_EQ(column(v, QStringLiteral("Company")),
-              QStringList{QStringLiteral("PRIVATE PATIENTS")});
+    EXPECT_EQ(column(v, u"Registered By"_s), QStringList{u"demo"_s});
+    EXPECT_EQ(column(v, u"System No"_s), QStringList{u"001/000000001"_s});
+    EXPECT_EQ(column(v, u"Company"_s), QStringList{u"PRIVATE PATIENTS"_s});
 }
 
 TEST_P(MenuReports, OnAdmissionListsStaysNotYetDischargedByName)
 {
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("YUSUF"), QStringLiteral("AISHA"),
-               QStringLiteral("0004"));
-    addPatient(QStringLiteral("001/000000002"), QStringLiteral("BELLO"), QStringLiteral("MUSA"));
-    addPatient(QStringLiteral("001/000000003"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"));
-    addAdmission(QStringLiteral("001/000000001"), QStringLiteral("001000000001"),
-                 QStringLiteral("HMO"), QDateTime(QDate(2026, 11, 25), QTime(14, 10)));
-    addAdmission(QStringLiteral("001/000000002"), QStringLiteral("001000000002"),
-                 QStringLiteral("PRIVATE"), QVariant());
-    addAdmission(QStringLiteral("001/000000003"), QStringLiteral("001000000003"),
-                 QStringLiteral("PRIVATE"), QVariant(), 1);
-    open();
-    action(QStringLiteral("mnuPOA"))->trigger();
-    DataReportView* v = only();
+    addPatient(u"001/000000001"_s, u"YUSUF"_s, u"AISHA"_s, u"0004"_s);
+    addPatient(u"001/000000002"_s, u"BELLO"_s, u"MUSA"_s);
+    addPatient(u"001/000000003"_s, u"ADEYEMI"_s, u"TOLU"_s);
+    addAdmission(u"001/000000001"_s, u"001000000001"_s, u"HMO"_s,
+                 QDateTime(QDate(2026, 11, 25), QTime(14, 10)));
+    addAdmission(u"001/000000002"_s, u"001000000002"_s, u"PRIVATE"_s, QVariant());
+    addAdmission(u"001/000000003"_s, u"001000000003"_s, u"PRIVATE"_s, QVariant(), 1);
+    DataReportView* v = run("mnuPOA");
     ASSERT_NE(v, nullptr);
     // No caption of its own: the report's title stands.
-    EXPECT_EQ(v->windowTitle(), QStringLiteral("Patients Currently on Admission"));
-    EXPECT_EQ(v->document().caption, QString());
-    EXPECT_EQ(column(v, QStringLiteral("Patient Name")),
-              (QStringList{QStringLiteral("BELLO MUSA"), QStringLiteral("YUSUF AISHA")}));
-    EXPECT_EQ(column(v, QStringLiteral("Company")).last(), QStringLiteral("HYLOVA HMO"));
-    EXPECT_EQ(column(v, QStringLiteral("Stay Limit")),
-              (QStringList{QString(), QStringLiteral("25/11/2026 2:10 PM")}));
+    EXPECT_EQ(title(v).section(u'|', 1), u"Patients Currently on Admission|"_s);
+    EXPECT_EQ(column(v, u"Patient Name"_s), (QStringList{u"BELLO MUSA"_s, u"YUSUF AISHA"_s}));
+    EXPECT_EQ(column(v, u"Company"_s).last(), u"HYLOVA HMO"_s);
+    EXPECT_EQ(column(v, u"Stay Limit"_s), (QStringList{QString(), u"25/11/2026 2:10 PM"_s}));
 }
 
 TEST_P(MenuReports, IncomeForTodayTotalsTheDaysReceipts)
 {
     const QDate today(2026, 11, 23);
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"));
-    const QString insert = QStringLiteral(
-        "insert into hpayments (receiptNo, receiptDate, receiptTime, billNo, PNo, ClientID, "
-        "AmountPaid, PayMode, Username) values (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    ws->exec(insert,
-             {QStringLiteral("R0001"), today, QStringLiteral("09:05"),
-              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-              QStringLiteral("0001"), 12500.0, QStringLiteral("CASH"), QStringLiteral("cashier")});
-    ws->exec(insert,
-             {QStringLiteral("R0002"), today, QStringLiteral("09:20"),
-              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-              QStringLiteral("0001"), 1500.5, QStringLiteral("POS"), QStringLiteral("cashier")});
-    ws->exec(insert,
-             {QStringLiteral("R0003"), today.addDays(-1), QStringLiteral("16:00"),
-              QStringLiteral("001000000001"), QStringLiteral("001/000000001"),
-              QStringLiteral("0001"), 900.0, QStringLiteral("CASH"), QStringLiteral("cashier")});
-    open();
-    action(QStringLiteral("mnuINC"))->trigger();
-    DataReportView* v = only();
+    addPatient(u"001/000000001"_s, u"ADEYEMI"_s, u"TOLU"_s);
+    for (const auto& [no, day, amount] : {std::tuple{"R0001", today, 12500.0},
+                                          {"R0002", today, 1500.5},
+                                          {"R0003", today.addDays(-1), 900.0}})
+        ws->exec(
+            u"insert into hpayments (receiptNo, receiptDate, receiptTime, billNo, PNo, "
+            "ClientID, AmountPaid, PayMode, Username) values (?, ?, '09:05', "
+            "'001000000001', '001/000000001', '0001', ?, 'CASH', 'cashier')"_s,
+            {QString::fromLatin1(no), day, amount});
+    DataReportView* v = run("mnuINC");
     ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v->windowTitle(), QStringLiteral("Income for Today"));
-    EXPECT_EQ(column(v, QStringLiteral("Amount")),
-              (QStringList{QStringLiteral("12,500.00"), QStringLiteral("1,500.50")}));
-    EXPECT_TRUE(v->document().summary.contains(QStringLiteral("Total: 14,000.50")))
+    EXPECT_EQ(v->windowTitle(), u"Income for Today"_s);
+    EXPECT_EQ(column(v, u"Amount"_s), (QStringList{u"12,500.00"_s, u"1,500.50"_s}));
+    EXPECT_TRUE(v->document().summary.contains(u"Total: 14,000.50"_s))
         << v->document().summary.toStdString();
 }
 
 TEST_P(MenuReports, HmoEnrolleesAreCaptionedWithTheMonth)
 {
-    addPatient(QStringLiteral("001/000000001"), QStringLiteral("EZE"), QStringLiteral("JOHN"),
-               QStringLiteral("0004"));
-    addPatient(QStringLiteral("001/000000002"), QStringLiteral("BELLO"), QStringLiteral("MUSA"),
-               QStringLiteral("0006"));
-    addPatient(QStringLiteral("001/000000003"), QStringLiteral("ADEYEMI"), QStringLiteral("TOLU"));
-    open();
-    action(QStringLiteral("mnuHMONHIS"))->trigger();
-    DataReportView* v = only();
+    addPatient(u"001/000000001"_s, u"EZE"_s, u"JOHN"_s, u"0004"_s);
+    addPatient(u"001/000000002"_s, u"BELLO"_s, u"MUSA"_s, u"0006"_s);
+    addPatient(u"001/000000003"_s, u"ADEYEMI"_s, u"TOLU"_s);
+    DataReportView* v = run("mnuHMONHIS");
     ASSERT_NE(v, nullptr);
-    EXPECT_EQ(v->objectName(), QStringLiteral("rptHMOList"));
-    EXPECT_EQ(v->windowTitle(), QStringLiteral("For the Month of November"));
-    EXPECT_EQ(column(v, QStringLiteral("HMO / Scheme")),
-              (QStringList{QStringLiteral("FEDERAL STAFF HEALTH INSURANCE SCHEME"),
-                           QStringLiteral("HYLOVA HMO")}));
+    EXPECT_EQ(title(v).section(u'|', 0, 1), u"rptHMOList|For the Month of November"_s);
+    EXPECT_EQ(column(v, u"HMO / Scheme"_s),
+              (QStringList{u"FEDERAL STAFF HEALTH INSURANCE SCHEME"_s, u"HYLOVA HMO"_s}));
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(MenuReports);

@@ -1,11 +1,12 @@
 // The ledger's two routines: how accounts are numbered and refused, and what the balance
 // listing gives.
-#include "support/workspace.h"
+#include "support/expect.h"
 
 #include "billing/chartofaccounts.h"
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -21,80 +22,57 @@ protected:
         AccountOpening a;
         a.GroupID = group;
         a.AccountName = name;
-        a.CoyID = QStringLiteral("0001");
-        a.Period = QStringLiteral("NOV 2026");
+        a.CoyID = u"0001"_s;
+        a.Period = u"NOV 2026"_s;
         return a;
     }
-    int accounts()
-    {
-        return acc->scalar(QStringLiteral("SELECT count(*) FROM ChartOfAccountMaster")).toInt();
-    }
+    int accounts() { return acc->scalar(u"SELECT count(*) FROM ChartOfAccountMaster"_s).toInt(); }
     std::unique_ptr<db::Connection> acc;
 };
 
 TEST_P(Ledger, TheLedgerNumbersWithinTheGroupOrTakesTheNumberGiven)
 {
-    EXPECT_EQ(
-        ChartOfAccounts_INSERT(*acc, opening(QStringLiteral("2100"), QStringLiteral("MEDIPHARM"))),
-        QStringLiteral("21000001"));
-    EXPECT_EQ(
-        ChartOfAccounts_INSERT(*acc, opening(QStringLiteral("2100"), QStringLiteral("EMZOR"))),
-        QStringLiteral("21000002"));
-    AccountOpening given = opening(QStringLiteral("2100"), QStringLiteral("FIDSON"));
-    given.AccountNo = QStringLiteral("21005000");
-    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, given), QStringLiteral("21005000"));
-    EXPECT_EQ(ChartOfAccounts_INSERT(
-                  *acc, opening(QStringLiteral("2100"), QStringLiteral("MAY & BAKER"))),
-              QStringLiteral("21005001"));
-    EXPECT_EQ(
-        acc->scalar(QStringLiteral("SELECT groupID FROM ChartOfAccounts WHERE AccountName = ?"),
-                    {QStringLiteral("MAY & BAKER")})
-            .toString(),
-        QStringLiteral("2100"));
+    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, opening(u"2100"_s, u"MEDIPHARM"_s)), u"21000001"_s);
+    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, opening(u"2100"_s, u"EMZOR"_s)), u"21000002"_s);
+    AccountOpening given = opening(u"2100"_s, u"FIDSON"_s);
+    given.AccountNo = u"21005000"_s;
+    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, given), u"21005000"_s);
+    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, opening(u"2100"_s, u"MAY & BAKER"_s)), u"21005001"_s);
+    EXPECT_EQ(acc->scalar(u"SELECT groupID FROM ChartOfAccounts WHERE AccountName = ?"_s,
+                          {u"MAY & BAKER"_s})
+                  .toString(),
+              u"2100"_s);
 }
 
 TEST_P(Ledger, RefusedOpeningsWriteNothing)
 {
     const int before = accounts();
-    AccountOpening taken = opening(QStringLiteral("1200"), QStringLiteral("TWICE"));
-    taken.AccountNo = QStringLiteral("12000001");
+    AccountOpening taken = opening(u"1200"_s, u"TWICE"_s);
+    taken.AccountNo = u"12000001"_s;
     EXPECT_THROW(ChartOfAccounts_INSERT(*acc, taken), db::DbError);
-    EXPECT_THROW(
-        ChartOfAccounts_INSERT(*acc, opening(QStringLiteral("9999"), QStringLiteral("X"))),
-        std::runtime_error);
-    acc->exec(QStringLiteral("INSERT INTO AccountGroups (GroupID, GroupName, GroupMin, GroupMax) "
-                             "VALUES (?, ?, ?, ?)"),
-              {QStringLiteral("3000"), QStringLiteral("TINY"), 30000001, 30000001});
-    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, opening(QStringLiteral("3000"), QStringLiteral("ONE"))),
-              QStringLiteral("30000001"));
-    EXPECT_THROW(
-        ChartOfAccounts_INSERT(*acc, opening(QStringLiteral("3000"), QStringLiteral("TWO"))),
-        std::runtime_error);
+    EXPECT_THROW(ChartOfAccounts_INSERT(*acc, opening(u"9999"_s, u"X"_s)), std::runtime_error);
+    acc->exec(
+        u"INSERT INTO AccountGroups (GroupID, GroupName, GroupMin, GroupMax) "
+        "VALUES (?, ?, ?, ?)"_s,
+        {u"3000"_s, u"TINY"_s, 30000001, 30000001});
+    EXPECT_EQ(ChartOfAccounts_INSERT(*acc, opening(u"3000"_s, u"ONE"_s)), u"30000001"_s);
+    EXPECT_THROW(ChartOfAccounts_INSERT(*acc, opening(u"3000"_s, u"TWO"_s)), std::runtime_error);
     EXPECT_EQ(accounts(), before + 1);
-    EXPECT_EQ(acc->scalar(QStringLiteral("SELECT count(*) FROM ChartOfAccounts")).toInt(),
-              before + 1);
+    EXPECT_EQ(acc->scalar(u"SELECT count(*) FROM ChartOfAccounts"_s).toInt(), before + 1);
 }
 
 TEST_P(Ledger, BalancesByCompanyAndAccountName)
 {
-    const db::Result all =
-        GetAccountsInfoByCash(*acc, QStringLiteral("0001"), QStringLiteral("NOV 2026"), QString());
+    const db::Result all = GetAccountsInfoByCash(*acc, u"0001"_s, u"NOV 2026"_s, QString());
     EXPECT_EQ(all.size(), 9u);
     const db::Result bank =
-        GetAccountsInfoByCash(*acc, QStringLiteral("0001"), QStringLiteral("NOV 2026"),
-                              QStringLiteral("zenith bank current account"));
+        GetAccountsInfoByCash(*acc, u"0001"_s, u"NOV 2026"_s, u"zenith bank current account"_s);
     ASSERT_EQ(bank.size(), 1u);
-    const db::Row& r = bank.front();
-    EXPECT_EQ(r.text(u"AccountID"), QStringLiteral("11000002"));
-    EXPECT_EQ(r.text(u"GroupID"), QStringLiteral("1100"));
-    EXPECT_EQ(r.toLongLong(u"GroupMin"), 11000001);
-    EXPECT_EQ(r.toLongLong(u"GroupMax"), 11009999);
-    EXPECT_EQ(r.toInt(u"isContra"), 0);
-    EXPECT_DOUBLE_EQ(r.toDouble(u"AccountClAmt"), 2500000);
-    EXPECT_TRUE(r.has(u"SNO"));
-    EXPECT_THROW(
-        GetAccountsInfoByCash(*acc, QStringLiteral("0001"), QStringLiteral("NOV 1999"), QString()),
-        std::runtime_error);
+    expectColumns(bank.front(), {"AccountID=11000002", "GroupID=1100", "GroupMin=11000001",
+                                 "GroupMax=11009999", "isContra=0", "AccountClAmt=2500000"});
+    EXPECT_TRUE(bank.front().has(u"SNO"));
+    EXPECT_THROW(GetAccountsInfoByCash(*acc, u"0001"_s, u"NOV 1999"_s, QString()),
+                 std::runtime_error);
 }
 
 }  // namespace

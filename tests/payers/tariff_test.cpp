@@ -15,6 +15,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,9 +23,9 @@ using Param = std::tuple<db::Backend, int>;
 
 // Demo payers: 0004 HYLOVA HMO keeps a list of every kind; 0009 LEAMORE HEALTH and 0010
 // CLEMBROOK HMO have none.
-const QString kHylova = QStringLiteral("HYLOVA HMO [0004]");
-const QString kLeamore = QStringLiteral("LEAMORE HEALTH [0009]");
-const QString kClembrook = QStringLiteral("CLEMBROOK HMO [0010]");
+const QString kHylova = u"HYLOVA HMO [0004]"_s;
+const QString kLeamore = u"LEAMORE HEALTH [0009]"_s;
+const QString kClembrook = u"CLEMBROOK HMO [0010]"_s;
 
 class Tariffs : public testing::TestWithParam<Param> {
 protected:
@@ -57,8 +58,8 @@ protected:
     {
         const QString item = kind().itemColumn;
         return ws
-            ->scalar(QStringLiteral("SELECT count(*) FROM (SELECT DISTINCT %1, %2 FROM %3) m")
-                         .arg(item, kind().categoryColumn, kind().master))
+            ->scalar(u"SELECT count(*) FROM (SELECT DISTINCT %1, %2 FROM %3) m"_s.arg(
+                item, kind().categoryColumn, kind().master))
             .toInt();
     }
     // Chooses an entry of a list box as a click would.
@@ -84,9 +85,10 @@ protected:
     int audits(const QString& action, const QString& remarks)
     {
         return ws
-            ->scalar(QStringLiteral("SELECT count(*) FROM AuditTrail WHERE userAction = ? "
-                                    "AND Remarks = ?"),
-                     {action, remarks})
+            ->scalar(
+                u"SELECT count(*) FROM AuditTrail WHERE userAction = ? "
+                "AND Remarks = ?"_s,
+                {action, remarks})
             .toInt();
     }
 
@@ -99,37 +101,34 @@ TEST_P(Tariffs, AnOwnListStartsWithEveryMasterItemAtZero)
 {
     EXPECT_EQ(screen->windowTitle(), kind().title);
     setTemplate(kLeamore, "YES");
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("NONE"));
-    EXPECT_EQ(label("Label1"), QStringLiteral("LEAMORE HEALTH Tariff"));
+    EXPECT_EQ(label("lblTariff"), u"NONE"_s);
+    EXPECT_EQ(label("Label1"), u"LEAMORE HEALTH Tariff"_s);
     EXPECT_FALSE(child<QWidget>(screen.get(), "fraUse")->isVisible());
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     ASSERT_EQ(desk->prompter.messages().size(), 2u);
     EXPECT_EQ(desk->prompter.messages()[0].text,
-              QStringLiteral("You are about to make bulk save of Drug items for LEAMORE HEALTH "
-                             "Click YES to save items"));
-    EXPECT_EQ(desk->prompter.messages()[0].title, QStringLiteral("bulk save"));
+              u"You are about to make bulk save of Drug items for LEAMORE HEALTH "
+              "Click YES to save items"_s);
+    EXPECT_EQ(desk->prompter.messages()[0].title, u"bulk save"_s);
     EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Record Succesfully saved!!! Price values can now be edited"));
-    EXPECT_EQ(rows(QStringLiteral("0009")), masterItems());
+              u"Record Succesfully saved!!! Price values can now be edited"_s);
+    EXPECT_EQ(rows(u"0009"_s), masterItems());
     EXPECT_EQ(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), 0);
     EXPECT_EQ(ws->scalar(sql("SELECT count(*) FROM %1 WHERE Company = '0009' AND "
                              "(tariffStatus <> 'FIXED' OR CoyName <> 'LEAMORE HEALTH' OR "
                              "Remarks <> 'HMO')"))
                   .toInt(),
               0);
-    EXPECT_EQ(
-        ws->scalar(QStringLiteral("SELECT useTariff || ':' || CAST(Pcent AS VARCHAR(10)) "
-                                  "FROM DrugNHISListEntered WHERE CoyID = '0009' AND Type = ?"),
-                   {kind().type})
-            .toString()
-            .left(6),
-        QStringLiteral("0009:1"));
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("OWN TARIFF"));
+    EXPECT_EQ(ws->scalar(u"SELECT useTariff || ':' || CAST(Pcent AS VARCHAR(10)) "
+                         "FROM DrugNHISListEntered WHERE CoyID = '0009' AND Type = ?"_s,
+                         {kind().type})
+                  .toString()
+                  .left(6),
+              u"0009:1"_s);
+    EXPECT_EQ(label("lblTariff"), u"OWN TARIFF"_s);
     EXPECT_EQ(rowCount(grid()), masterItems());
-    EXPECT_EQ(audits(kind().addAudit + QStringLiteral("LEAMORE HEALTH"),
-                     QStringLiteral("New Tariff Entry")),
-              1);
+    EXPECT_EQ(audits(kind().addAudit + u"LEAMORE HEALTH"_s, u"New Tariff Entry"_s), 1);
 }
 
 TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
@@ -138,15 +137,15 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
     EXPECT_TRUE(child<QWidget>(screen.get(), "fraUse")->isVisible());
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
-    EXPECT_EQ(rows(QStringLiteral("0010")), rows(QStringLiteral("0004")));
+    EXPECT_EQ(rows(u"0010"_s), rows(u"0004"_s));
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0010'"),
                 0.85 * number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), 0.01);
-    EXPECT_DOUBLE_EQ(ws->scalar(QStringLiteral("SELECT Pcent FROM DrugNHISListEntered WHERE "
-                                               "CoyID = '0010' AND Type = ?"),
+    EXPECT_DOUBLE_EQ(ws->scalar(u"SELECT Pcent FROM DrugNHISListEntered WHERE "
+                                "CoyID = '0010' AND Type = ?"_s,
                                 {kind().type})
                          .toDouble(),
                      0.85);
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("85% of HYLOVA HMO"));
+    EXPECT_EQ(label("lblTariff"), u"85% of HYLOVA HMO"_s);
 
     // A price edit on the source list reaches the follower at its factor.
     choose("cboHMO", kHylova);
@@ -162,7 +161,7 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
     EXPECT_EQ(child<QLineEdit>(screen.get(), "txtDrug")->text(), item);
     auto* price = child<QLineEdit>(screen.get(), "txtPrice");
     const QString oldPrice = price->text();
-    price->setText(QStringLiteral("1000"));
+    price->setText(u"1000"_s);
     click(screen.get(), "OKButton");
     const QByteArray col = kind().itemColumn.toLatin1();
     EXPECT_DOUBLE_EQ(
@@ -179,10 +178,10 @@ TEST_P(Tariffs, ACopyAt85PercentFollowsLaterPriceEditsOfItsSource)
         untouchedBefore);
     // The edited row is the current row again.
     EXPECT_EQ(cellText(grid(), grid()->currentIndex().row(), kind().viewItem), item);
-    EXPECT_EQ(audits(QStringLiteral("Edit Drug Price: ") + item,
-                     QStringLiteral("OLD Price: ") + QString::number(oldPrice.toDouble()) +
-                         QStringLiteral("New Price: 1000")),
-              1);
+    EXPECT_EQ(
+        audits(u"Edit Drug Price: "_s + item,
+               u"OLD Price: "_s + QString::number(oldPrice.toDouble()) + u"New Price: 1000"_s),
+        1);
 }
 
 TEST_P(Tariffs, ATypedCellPriceStaysWithItsRow)
@@ -192,17 +191,15 @@ TEST_P(Tariffs, ATypedCellPriceStaysWithItsRow)
     click(screen.get(), "OKButton");
     choose("cboHMO", kHylova);
     const QString item = cellText(grid(), 0, kind().viewItem);
-    const qint64 sno = cellText(grid(), 0, QStringLiteral("SNO")).toLongLong();
+    const qint64 sno = cellText(grid(), 0, u"SNO"_s).toLongLong();
     const double followerBefore = number("SELECT sum(Price) FROM %1 WHERE Company = '0010'");
-    const QModelIndex cell =
-        grid()->model()->index(0, grid::columnOf(grid()->model(), QStringLiteral("Price")));
+    const QModelIndex cell = grid()->model()->index(0, grid::columnOf(grid()->model(), u"Price"_s));
     EXPECT_TRUE(grid()->model()->flags(cell) & Qt::ItemIsEditable);
     desk->prompter.answerNo();
-    EXPECT_FALSE(grid()->model()->setData(cell, QStringLiteral("77.5")));
+    EXPECT_FALSE(grid()->model()->setData(cell, u"77.5"_s));
     desk->prompter.answerYes();
-    EXPECT_TRUE(grid()->model()->setData(cell, QStringLiteral("77.5")));
-    EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Tariff Price Cell Update to: (77.5) for ") + item);
+    EXPECT_TRUE(grid()->model()->setData(cell, u"77.5"_s));
+    EXPECT_EQ(desk->prompter.lastText(), u"Tariff Price Cell Update to: (77.5) for "_s + item);
     EXPECT_DOUBLE_EQ(number("SELECT Price FROM %1 WHERE SNo = ?", {sno}), 77.5);
     EXPECT_DOUBLE_EQ(number("SELECT sum(Price) FROM %1 WHERE Company = '0010'"), followerBefore);
 }
@@ -219,13 +216,9 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
         {"Please specify Tariff to use for this Template", "cboUse",
          [&] { child<QComboBox>(screen.get(), "cboUse")->setCurrentText(kHylova); }},
         {"Please specify Percentage to use for this Template", "cboPCent",
-         [&] {
-             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("8O"));
-         }},
+         [&] { child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(u"8O"_s); }},
         {"Tariff Percentage has to be Numeric", "cboPCent",
-         [&] {
-             child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(QStringLiteral("80"));
-         }},
+         [&] { child<QComboBox>(screen.get(), "cboPCent")->setCurrentText(u"80"_s); }},
     };
     for (const Step& s : steps) {
         desk->prompter.clear();
@@ -236,30 +229,27 @@ TEST_P(Tariffs, TemplateChecksComeInOrder)
     }
     // A source typed rather than chosen carries no code.
     child<QComboBox>(screen.get(), "cboUse")->setEditable(true);
-    child<QComboBox>(screen.get(), "cboUse")->setEditText(QStringLiteral("HYLOVA"));
+    child<QComboBox>(screen.get(), "cboUse")->setEditText(u"HYLOVA"_s);
     desk->prompter.clear();
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Please SELECT/Re-SELECT Company Whose Tariff is Used"));
+    EXPECT_EQ(desk->prompter.lastText(), u"Please SELECT/Re-SELECT Company Whose Tariff is Used"_s);
     // Neither an own list nor a copy: there is nothing to build the list from.
     child<QComboBox>(screen.get(), "cboDrug")->setCurrentIndex(-1);
     desk->prompter.clear();
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Please specify Tariff to use for this Template"));
-    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("cboDrug"));
-    EXPECT_EQ(rows(QStringLiteral("0009")), 0);
+    EXPECT_EQ(desk->prompter.lastText(), u"Please specify Tariff to use for this Template"_s);
+    EXPECT_EQ(screen->focusWidget()->objectName(), u"cboDrug"_s);
+    EXPECT_EQ(rows(u"0009"_s), 0);
 }
 
 TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
 {
-    const int hylova = rows(QStringLiteral("0004"));
+    const int hylova = rows(u"0004"_s);
     const double total = number("SELECT sum(Price) FROM %1 WHERE Company = '0004'");
 
     setTemplate(kHylova, "YES");
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Bulk entry already exists for HYLOVA HMO"));
+    EXPECT_EQ(desk->prompter.lastText(), u"Bulk entry already exists for HYLOVA HMO"_s);
 
     // Its own list at a percentage: the prices are scaled in place.
     desk->prompter.clear();
@@ -267,13 +257,11 @@ TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.messages().front().text,
-              QStringLiteral("Are you sure to update the Price List for HYLOVA HMO?"));
-    EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("save"));
-    EXPECT_EQ(rows(QStringLiteral("0004")), hylova);
+              u"Are you sure to update the Price List for HYLOVA HMO?"_s);
+    EXPECT_EQ(desk->prompter.messages().front().title, u"save"_s);
+    EXPECT_EQ(rows(u"0004"_s), hylova);
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0004'"), total * 1.1, 0.01);
-    EXPECT_EQ(
-        audits(kind().repriceAudit + QStringLiteral("110%) for"), QStringLiteral("HYLOVA HMO")),
-        1);
+    EXPECT_EQ(audits(kind().repriceAudit + u"110%) for"_s, u"HYLOVA HMO"_s), 1);
 
     // Deleting the existing list and copying another payer's at 50%.
     setTemplate(kLeamore, "YES");
@@ -285,20 +273,19 @@ TEST_P(Tariffs, AnExistingListIsRefusedRepricedOrReplaced)
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.messages().front().text,
-              QStringLiteral("You are about to make bulk save of Drug items 'Deleting Existing "
-                             "Drug Tariff' for LEAMORE HEALTH Click YES to save items"));
-    EXPECT_EQ(rows(QStringLiteral("0009")), hylova);
+              u"You are about to make bulk save of Drug items 'Deleting Existing "
+              "Drug Tariff' for LEAMORE HEALTH Click YES to save items"_s);
+    EXPECT_EQ(rows(u"0009"_s), hylova);
     EXPECT_NEAR(number("SELECT sum(Price) FROM %1 WHERE Company = '0009'"), total * 1.1 * 0.5,
                 0.01);
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT count(*) FROM DrugNHISListEntered WHERE CoyID = "
-                                        "'0009' AND Type = ? AND useTariff = '0004'"),
+    EXPECT_EQ(ws->scalar(u"SELECT count(*) FROM DrugNHISListEntered WHERE CoyID = "
+                         "'0009' AND Type = ? AND useTariff = '0004'"_s,
                          {kind().type})
                   .toInt(),
               1);
-    EXPECT_EQ(label("lblTariff"), QStringLiteral("50% of HYLOVA HMO"));
-    EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
-                         QStringLiteral("LEAMORE HEALTH"),
-                     QStringLiteral("Tariff Used:50% of HYLOVA HMO")),
+    EXPECT_EQ(label("lblTariff"), u"50% of HYLOVA HMO"_s);
+    EXPECT_EQ(audits(u"Deleted Existing Tariff, "_s + kind().addAudit + u"LEAMORE HEALTH"_s,
+                     u"Tariff Used:50% of HYLOVA HMO"_s),
               1);
 }
 
@@ -309,8 +296,8 @@ TEST_P(Tariffs, DeletingAListThatIsNotThereIsHarmless)
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Record Succesfully saved!!! Price values can now be edited"));
-    EXPECT_EQ(rows(QStringLiteral("0009")), masterItems());
+              u"Record Succesfully saved!!! Price values can now be edited"_s);
+    EXPECT_EQ(rows(u"0009"_s), masterItems());
     EXPECT_FALSE(child<QCheckBox>(screen.get(), "chkDel")->isChecked());
 }
 
@@ -319,24 +306,22 @@ TEST_P(Tariffs, ASingleItemIsAddedToAList)
     choose("cboHMO", kHylova);
     child<QCheckBox>(screen.get(), "chkAdd")->setChecked(true);
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Item Name"));
-    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("txtDrug"));
+    EXPECT_EQ(desk->prompter.lastText(), u"Please specify Item Name"_s);
+    EXPECT_EQ(screen->focusWidget()->objectName(), u"txtDrug"_s);
     QTest::keyClicks(child<QLineEdit>(screen.get(), "txtDrug"), "ZINC O'XIDE [TUBE]");
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Price"));
+    EXPECT_EQ(desk->prompter.lastText(), u"Please specify Price"_s);
     QTest::keyClicks(child<QLineEdit>(screen.get(), "txtPrice"), "250");
-    const int before = rows(QStringLiteral("0004"));
+    const int before = rows(u"0004"_s);
     click(screen.get(), "OKButton");
-    EXPECT_EQ(rows(QStringLiteral("0004")), before + 1);
+    EXPECT_EQ(rows(u"0004"_s), before + 1);
     const QByteArray col = kind().itemColumn.toLatin1();
-    EXPECT_DOUBLE_EQ(number("SELECT Price FROM %1 WHERE " + col + " = ?",
-                            {QStringLiteral("ZINC O'XIDE [TUBE]")}),
-                     250);
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT %1 FROM %2 WHERE Company = '0004' "
-                                        "ORDER BY SNo DESC LIMIT 1")
-                             .arg(kind().categoryColumn, kind().table))
+    EXPECT_DOUBLE_EQ(
+        number("SELECT Price FROM %1 WHERE " + col + " = ?", {u"ZINC O'XIDE [TUBE]"_s}), 250);
+    EXPECT_EQ(ws->scalar(u"SELECT %1 FROM %2 WHERE Company = '0004' "
+                         "ORDER BY SNo DESC LIMIT 1"_s.arg(kind().categoryColumn, kind().table))
                   .toString(),
-              QStringLiteral("XXXX"));
+              u"XXXX"_s);
 }
 
 TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
@@ -346,7 +331,7 @@ TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
     EXPECT_TRUE(child<QLineEdit>(screen.get(), "txtSearch")->text().isEmpty());
     click(screen.get(), "cmdEdit");
     EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("No Item to Edit. Select a Company Tariff to Display Items to Edit"));
+              u"No Item to Edit. Select a Company Tariff to Display Items to Edit"_s);
 
     choose("cboHMO", kHylova);
     const QString first = cellText(grid(), 0, kind().viewItem);
@@ -354,11 +339,11 @@ TEST_P(Tariffs, SearchAndEditNeedAPayerFirst)
     QTest::keyClicks(child<QLineEdit>(screen.get(), "txtSearch"), typed);
     const int found = rowCount(grid());
     ASSERT_GT(found, 0);
-    EXPECT_LT(found, rows(QStringLiteral("0004")));
+    EXPECT_LT(found, rows(u"0004"_s));
     for (int r = 0; r < found; ++r)
         EXPECT_TRUE(cellText(grid(), r, kind().viewItem).startsWith(typed, Qt::CaseInsensitive));
     click(screen.get(), "Command1");
-    EXPECT_EQ(rowCount(grid()), rows(QStringLiteral("0004")));
+    EXPECT_EQ(rowCount(grid()), rows(u"0004"_s));
 }
 
 TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
@@ -368,25 +353,24 @@ TEST_P(Tariffs, APriceEditChecksStatusPriceAndCapitation)
     click(screen.get(), "cmdEdit");
     child<QComboBox>(screen.get(), "cboVal")->setCurrentIndex(-1);
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Please specify Tariff Status "));
-    child<QComboBox>(screen.get(), "cboVal")->setCurrentText(QStringLiteral("NEGOTIATE"));
+    EXPECT_EQ(desk->prompter.lastText(), u"Please specify Tariff Status "_s);
+    child<QComboBox>(screen.get(), "cboVal")->setCurrentText(u"NEGOTIATE"_s);
     child<QLineEdit>(screen.get(), "txtPrice")->clear();
     click(screen.get(), "OKButton");
     EXPECT_EQ(desk->prompter.lastText(), kind().priceMessage);
-    EXPECT_EQ(screen->focusWidget()->objectName(), QStringLiteral("txtPrice"));
-    child<QLineEdit>(screen.get(), "txtPrice")->setText(QStringLiteral("21.5"));
-    EXPECT_EQ(label("lblWord"), QStringLiteral("Twenty One Naria and Fifty kobo only"));
+    EXPECT_EQ(screen->focusWidget()->objectName(), u"txtPrice"_s);
+    child<QLineEdit>(screen.get(), "txtPrice")->setText(u"21.5"_s);
+    EXPECT_EQ(label("lblWord"), u"Twenty One Naria and Fifty kobo only"_s);
     child<QComboBox>(screen.get(), "cboCap")->setCurrentIndex(-1);
     click(screen.get(), "OKButton");
-    EXPECT_EQ(desk->prompter.lastText(),
-              QStringLiteral("Please Specify Whether Capitated or Not "));
-    child<QComboBox>(screen.get(), "cboCap")->setCurrentText(QStringLiteral("YES"));
-    const int sno = cellText(grid(), 2, QStringLiteral("SNO")).toInt();
+    EXPECT_EQ(desk->prompter.lastText(), u"Please Specify Whether Capitated or Not "_s);
+    child<QComboBox>(screen.get(), "cboCap")->setCurrentText(u"YES"_s);
+    const int sno = cellText(grid(), 2, u"SNO"_s).toInt();
     click(screen.get(), "OKButton");
     auto conn = ws->connect();
     const auto row = conn->queryOne(sql("SELECT * FROM %1 WHERE SNo = ?"), {sno});
-    EXPECT_EQ(row->text(u"tariffStatus"), QStringLiteral("NEGOTIATE"));
-    EXPECT_EQ(row->text(u"Capitated"), QStringLiteral("YES"));
+    EXPECT_EQ(row->text(u"tariffStatus"), u"NEGOTIATE"_s);
+    EXPECT_EQ(row->text(u"Capitated"), u"YES"_s);
     EXPECT_DOUBLE_EQ(row->toDouble(u"Price"), 21.5);
     EXPECT_FALSE(static_cast<TariffPriceScreen*>(screen.get())->editing());
 }
@@ -413,28 +397,29 @@ TEST_P(Tariffs, AFailureHalfwayThroughACopyLeavesNothingOfIt)
                 "FOR EACH ROW EXECUTE FUNCTION inject_failure()"));
     }
     // First an own list of a few rows, then the copy that deletes it and fails.
-    conn->exec(QStringLiteral("INSERT INTO %1 (%2, Price, Company, CoyName, Remarks) "
-                              "VALUES ('KEEP ME', 5, '0009', 'LEAMORE HEALTH', 'HMO')")
-                   .arg(kind().table, kind().itemColumn));
-    conn->exec(QStringLiteral("INSERT INTO DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
-                              "Pcent) VALUES ('0009', ?, 'HMO', '0009', 1)"),
-               {kind().type});
+    conn->exec(
+        u"INSERT INTO %1 (%2, Price, Company, CoyName, Remarks) "
+        "VALUES ('KEEP ME', 5, '0009', 'LEAMORE HEALTH', 'HMO')"_s.arg(kind().table,
+                                                                       kind().itemColumn));
+    conn->exec(
+        u"INSERT INTO DrugNHISListEntered (CoyID, Type, remarks, useTariff, "
+        "Pcent) VALUES ('0009', ?, 'HMO', '0009', 1)"_s,
+        {kind().type});
     setTemplate(kLeamore, "NO", kHylova, "85");
     child<QCheckBox>(screen.get(), "chkDel")->setChecked(true);
     desk->prompter.answerYes();
     click(screen.get(), "OKButton");
-    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("injected failure")))
+    EXPECT_TRUE(desk->prompter.lastText().contains(u"injected failure"_s))
         << desk->prompter.lastText().toStdString();
     EXPECT_EQ(desk->prompter.last()->icon, Icon::Critical);
-    EXPECT_EQ(rows(QStringLiteral("0009")), 1);
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT useTariff FROM DrugNHISListEntered WHERE CoyID = "
-                                        "'0009' AND Type = ?"),
+    EXPECT_EQ(rows(u"0009"_s), 1);
+    EXPECT_EQ(ws->scalar(u"SELECT useTariff FROM DrugNHISListEntered WHERE CoyID = "
+                         "'0009' AND Type = ?"_s,
                          {kind().type})
                   .toString(),
-              QStringLiteral("0009"));
-    EXPECT_EQ(audits(QStringLiteral("Deleted Existing Tariff, ") + kind().addAudit +
-                         QStringLiteral("LEAMORE HEALTH"),
-                     QStringLiteral("Tariff Used:85% of HYLOVA HMO")),
+              u"0009"_s);
+    EXPECT_EQ(audits(u"Deleted Existing Tariff, "_s + kind().addAudit + u"LEAMORE HEALTH"_s,
+                     u"Tariff Used:85% of HYLOVA HMO"_s),
               0);
     // The screen stays as it was, ready to try again.
     EXPECT_TRUE(child<QCheckBox>(screen.get(), "chkDel")->isChecked());

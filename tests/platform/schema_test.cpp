@@ -7,6 +7,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 class Schema : public BackendTest {};
 
@@ -17,21 +18,21 @@ TEST_P(Schema, EveryMigrationIsRecordedOnce)
     EXPECT_GE(latest, 1);
     EXPECT_EQ(m.currentVersion(), latest);
     EXPECT_EQ(m.migrate(), 0);  // nothing left to do
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT count(*) FROM schema_version")).toInt(),
+    EXPECT_EQ(ws->scalar(u"SELECT count(*) FROM schema_version"_s).toInt(),
               int(db::availableMigrations().size()));
 }
 
 TEST_P(Schema, ArchiveHasEveryColumnOfThePatientTable)
 {
     // The archive copy before a delete is "insert ... select *": the columns must line up.
-    ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname) VALUES (?, ?)"),
-             {QStringLiteral("001/000000007"), QStringLiteral("EZE")});
-    ws->exec(QStringLiteral("insert into hpatientsArchive select * from hpatients where pno = ?"),
-             {QStringLiteral("001/000000007")});
-    EXPECT_EQ(ws->scalar(QStringLiteral("SELECT psurname FROM hpatientsArchive WHERE PNo = ?"),
-                         {QStringLiteral("001/000000007")})
-                  .toString(),
-              QStringLiteral("EZE"));
+    ws->exec(u"INSERT INTO hPatients (PNo, psurname) VALUES (?, ?)"_s,
+             {u"001/000000007"_s, u"EZE"_s});
+    ws->exec(u"insert into hpatientsArchive select * from hpatients where pno = ?"_s,
+             {u"001/000000007"_s});
+    EXPECT_EQ(
+        ws->scalar(u"SELECT psurname FROM hpatientsArchive WHERE PNo = ?"_s, {u"001/000000007"_s})
+            .toString(),
+        u"EZE"_s);
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(Schema);
@@ -48,18 +49,18 @@ QString broadKind(QString type)
     type = type.toUpper();
     // SQLite's dates are ISO text declared DATE_TEXT / TIMESTAMP_TEXT.
     if (type.startsWith(u"TIMESTAMP"))
-        return QStringLiteral("timestamp");
+        return u"timestamp"_s;
     if (type.startsWith(u"DATE"))
-        return QStringLiteral("date");
+        return u"date"_s;
     if (type.contains(u"INT"))
-        return QStringLiteral("integer");
+        return u"integer"_s;
     if (type.contains(u"CHAR") || type.contains(u"TEXT"))
-        return QStringLiteral("text");
+        return u"text"_s;
     if (type.contains(u"REAL") || type.contains(u"DOUB") || type.contains(u"NUMERIC"))
-        return QStringLiteral("real");
+        return u"real"_s;
     if (type.contains(u"BLOB") || type.contains(u"BYTEA"))
-        return QStringLiteral("blob");
-    return QStringLiteral("?") + type;
+        return u"blob"_s;
+    return u"?"_s + type;
 }
 
 Catalogue catalogue(const test::Workspace& w)
@@ -77,29 +78,27 @@ Catalogue catalogue(const test::Workspace& w)
         const QString name = db::databaseName(d);
         if (w.backend() == db::Backend::Postgres) {
             const auto cols = c->query(
-                QStringLiteral("SELECT t.table_type, c.table_name, c.column_name, c.data_type "
-                               "FROM information_schema.columns c "
-                               "JOIN information_schema.tables t ON t.table_schema = "
-                               "c.table_schema AND t.table_name = c.table_name "
-                               "WHERE c.table_schema = ? ORDER BY c.table_name, "
-                               "c.ordinal_position"),
+                u"SELECT t.table_type, c.table_name, c.column_name, c.data_type "
+                "FROM information_schema.columns c "
+                "JOIN information_schema.tables t ON t.table_schema = "
+                "c.table_schema AND t.table_name = c.table_name "
+                "WHERE c.table_schema = ? ORDER BY c.table_name, "
+                "c.ordinal_position"_s,
                 {name.toLower()});
             for (const db::Row& r : cols.rows)
-                add(name, r.text(u"table_type") == u"VIEW" ? QStringLiteral("view")
-                                                           : QStringLiteral("table"),
+                add(name, r.text(u"table_type") == u"VIEW" ? u"view"_s : u"table"_s,
                     r.text(u"table_name"), r.text(u"column_name"), r.text(u"data_type"));
             continue;
         }
         // Views that read another database are temporary ones of each connection.
-        for (const QString schema : {QStringLiteral("main"), QStringLiteral("temp")}) {
+        for (const QString schema : {u"main"_s, u"temp"_s}) {
             const auto objects = c->query(
-                QStringLiteral("SELECT type, name FROM %1.sqlite_master WHERE type IN "
-                               "('table', 'view') AND name NOT LIKE 'sqlite%' ORDER BY name")
-                    .arg(schema));
+                u"SELECT type, name FROM %1.sqlite_master WHERE type IN "
+                "('table', 'view') AND name NOT LIKE 'sqlite%' ORDER BY name"_s.arg(schema));
             for (const db::Row& o : objects.rows) {
-                const auto cols = c->query(
-                    QStringLiteral("SELECT name, type FROM pragma_table_info(?, ?) ORDER BY cid"),
-                    {o.text(u"name"), schema});
+                const auto cols =
+                    c->query(u"SELECT name, type FROM pragma_table_info(?, ?) ORDER BY cid"_s,
+                             {o.text(u"name"), schema});
                 for (const db::Row& r : cols.rows)
                     add(name, o.text(u"type"), o.text(u"name"), r.text(u"name"), r.text(u"type"));
             }
@@ -115,24 +114,24 @@ QStringList differences(const Catalogue& lite, const Catalogue& pg)
     for (const auto& [object, cols] : lite) {
         const auto other = pg.find(object);
         if (other == pg.end()) {
-            out << object + QStringLiteral(" only on SQLite");
+            out << object + u" only on SQLite"_s;
             continue;
         }
         if (object.startsWith(u"view") && cols != other->second) {
-            out << object + QStringLiteral(" columns: SQLite ") + cols.join(u',') +
-                       QStringLiteral(", PostgreSQL ") + other->second.join(u',');
+            out << object + u" columns: SQLite "_s + cols.join(u',') + u", PostgreSQL "_s +
+                       other->second.join(u',');
             continue;
         }
         for (const QString& c : cols)
             if (!other->second.contains(c))
-                out << object + QLatin1Char('.') + c + QStringLiteral(" only on SQLite");
+                out << object + QLatin1Char('.') + c + u" only on SQLite"_s;
         for (const QString& c : other->second)
             if (!cols.contains(c))
-                out << object + QLatin1Char('.') + c + QStringLiteral(" only on PostgreSQL");
+                out << object + QLatin1Char('.') + c + u" only on PostgreSQL"_s;
     }
     for (const auto& [object, cols] : pg)
         if (!lite.contains(object))
-            out << object + QStringLiteral(" only on PostgreSQL");
+            out << object + u" only on PostgreSQL"_s;
     return out;
 }
 
@@ -150,20 +149,20 @@ TEST(Catalogue, BothBackendsHoldTheSameTablesColumnsAndViews)
     EXPECT_EQ(differences(a, b), QStringList());
 
     // A column added on one side only is named.
-    lite.exec(QStringLiteral("ALTER TABLE hPatients ADD COLUMN Nickname VARCHAR(20)"));
+    lite.exec(u"ALTER TABLE hPatients ADD COLUMN Nickname VARCHAR(20)"_s);
     EXPECT_EQ(differences(catalogue(lite), b),
               QStringList{"table hospital.hpatients.nickname:text only on SQLite"});
 }
 
 TEST(SqlSplit, KeepsSemicolonsInsideQuotesCommentsAndBodies)
 {
-    const auto parts = db::splitSqlStatements(QStringLiteral(
-        "CREATE TABLE a (x TEXT DEFAULT 'a;b'); -- a comment; with semicolon\n"
+    const auto parts = db::splitSqlStatements(
+        u"CREATE TABLE a (x TEXT DEFAULT 'a;b'); -- a comment; with semicolon\n"
         "CREATE TRIGGER t AFTER INSERT ON a BEGIN UPDATE a SET x = 'y'; END;\n"
         "CREATE FUNCTION f() RETURNS int AS $$ BEGIN RETURN 1; END; $$ LANGUAGE plpgsql;\n"
-        "/* only a comment; */ ;"));
+        "/* only a comment; */ ;"_s);
     ASSERT_EQ(parts.size(), 3);
-    EXPECT_TRUE(parts[0].contains(QStringLiteral("'a;b'")));
-    EXPECT_TRUE(parts[1].contains(QStringLiteral("END")));
-    EXPECT_TRUE(parts[2].contains(QStringLiteral("LANGUAGE plpgsql")));
+    EXPECT_TRUE(parts[0].contains(u"'a;b'"_s));
+    EXPECT_TRUE(parts[1].contains(u"END"_s));
+    EXPECT_TRUE(parts[2].contains(u"LANGUAGE plpgsql"_s));
 }

@@ -1,6 +1,6 @@
 // The activity row of a run and the audit entry, on both backends: what each path writes,
 // the number the session keeps, and that neither ever fails the action that called it.
-#include "support/workspace.h"
+#include "support/expect.h"
 
 #include "core/activitylog.h"
 #include "core/audit.h"
@@ -8,6 +8,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -19,22 +20,21 @@ protected:
         desk->startUp();
         if (HasFatalFailure())
             return;
-        desk->ctx.session().computerName = QStringLiteral("FRONTDESK-2");
+        desk->ctx.session().computerName = u"FRONTDESK-2"_s;
     }
     std::optional<db::Row> activityRow(int sno) const
     {
-        return ws->connect()->queryOne(QStringLiteral("SELECT * FROM UserActivities WHERE SNO = ?"),
-                                       {sno});
+        return ws->connect()->queryOne(u"SELECT * FROM UserActivities WHERE SNO = ?"_s, {sno});
     }
     int count(const QString& table) const
     {
-        return ws->scalar(QStringLiteral("SELECT count(*) FROM ") + table).toInt();
+        return ws->scalar(u"SELECT count(*) FROM "_s + table).toInt();
     }
 };
 
 TEST_P(ActivityLog, OpenAndCloseWriteTheRowOfThePathTaken)
 {
-    const QString version = QStringLiteral("AppVersion=%1").arg(kVersionMajor);
+    const QString version = u"AppVersion=%1"_s.arg(kVersionMajor);
     const struct {
         bool openLoggedOut;
         bool close, logout, autoEnd;
@@ -75,23 +75,23 @@ TEST_P(ActivityLog, OpenAndCloseWriteTheRowOfThePathTaken)
 TEST_P(ActivityLog, EachDeskKeepsTheNumberOfItsOwnRow)
 {
     Desk other(*ws);
-    other.ctx.session().userName = QStringLiteral("manager");
-    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
-    openActivityRow(other.ctx, false, false, QStringLiteral("RECORDS"));
-    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
+    other.ctx.session().userName = u"manager"_s;
+    openActivityRow(desk->ctx, false, false, u"RECORDS"_s);
+    openActivityRow(other.ctx, false, false, u"RECORDS"_s);
+    openActivityRow(desk->ctx, false, false, u"RECORDS"_s);
     const int mine = desk->ctx.session().activitySNo;
     const int theirs = other.ctx.session().activitySNo;
     EXPECT_NE(mine, theirs);
-    EXPECT_EQ(activityRow(mine)->text(u"Username"), QStringLiteral("demo"));
-    EXPECT_EQ(activityRow(theirs)->text(u"Username"), QStringLiteral("manager"));
+    EXPECT_EQ(activityRow(mine)->text(u"Username"), u"demo"_s);
+    EXPECT_EQ(activityRow(theirs)->text(u"Username"), u"manager"_s);
 }
 
 TEST_P(ActivityLog, ReloadingTheDefaultsOpensNoSecondRow)
 {
-    openActivityRow(desk->ctx, false, false, QStringLiteral("RECORDS"));
+    openActivityRow(desk->ctx, false, false, u"RECORDS"_s);
     const int sno = desk->ctx.session().activitySNo;
     ASSERT_EQ(runStartup(desk->ctx).outcome, StartupResult::Ok);
-    EXPECT_EQ(count(QStringLiteral("UserActivities")), 1);
+    EXPECT_EQ(count(u"UserActivities"_s), 1);
     EXPECT_EQ(desk->ctx.session().activitySNo, sno);
 }
 
@@ -99,9 +99,9 @@ TEST_P(ActivityLog, CloseOfANumberNoLongerInTheTableDoesNothing)
 {
     Session& s = desk->ctx.session();
     openActivityRow(desk->ctx, false, false, s.loginRole);
-    ws->exec(QStringLiteral("DELETE FROM UserActivities"));
+    ws->exec(u"DELETE FROM UserActivities"_s);
     closeActivityRow(desk->ctx, true, false, s.loginRole);
-    EXPECT_EQ(count(QStringLiteral("UserActivities")), 0);
+    EXPECT_EQ(count(u"UserActivities"_s), 0);
     EXPECT_TRUE(desk->prompter.messages().empty());
 }
 
@@ -109,7 +109,7 @@ TEST_P(ActivityLog, FailedOpenIsShownAndKeepsTheNumberTheRunHad)
 {
     Session& s = desk->ctx.session();
     s.activitySNo = 41;
-    ws->connect()->execScript(QStringLiteral("DROP TABLE UserActivities"));
+    ws->connect()->execScript(u"DROP TABLE UserActivities"_s);
     openActivityRow(desk->ctx, false, false, s.loginRole);
     EXPECT_EQ(s.activitySNo, 41);
     ASSERT_EQ(desk->prompter.messages().size(), 1u);
@@ -120,7 +120,7 @@ TEST_P(ActivityLog, FailedCloseNeverReachesTheCaller)
 {
     Session& s = desk->ctx.session();
     openActivityRow(desk->ctx, false, false, s.loginRole);
-    ws->connect()->execScript(QStringLiteral("DROP TABLE UserActivities"));
+    ws->connect()->execScript(u"DROP TABLE UserActivities"_s);
     EXPECT_NO_THROW(closeActivityRow(desk->ctx, true, false, s.loginRole));
     EXPECT_TRUE(desk->prompter.messages().empty());
 }
@@ -132,12 +132,11 @@ using Audit = ActivityLog;
 TEST_P(Audit, EntryHoldsTheSevenValuesInOrder)
 {
     desk->clock.setServer(QDateTime(QDate(2026, 11, 24), QTime(14, 7)));
-    SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Change Password "),
-                QStringLiteral("001/000000007"), QStringLiteral("O'Neil's card [old]"),
-                QStringLiteral("FRONTDESK-2"));
-    const auto rows = ws->connect()->query(QStringLiteral(
-        "SELECT userName, userAction, ActionDate, ActionTime, TranCode, Remarks, Src "
-        "FROM AuditTrail"));
+    SpAudiTrail(desk->ctx, u"demo"_s, u"Change Password "_s, u"001/000000007"_s,
+                u"O'Neil's card [old]"_s, u"FRONTDESK-2"_s);
+    const auto rows = ws->connect()->query(
+        u"SELECT userName, userAction, ActionDate, ActionTime, TranCode, Remarks, Src "
+        "FROM AuditTrail"_s);
     ASSERT_EQ(rows.size(), 1u);
     expectColumns(rows.front(), {"userName=demo", "userAction=Change Password ",
                                  "ActionDate=2026-11-24", "ActionTime=14:07",
@@ -148,30 +147,26 @@ TEST_P(Audit, EntryHoldsTheSevenValuesInOrder)
 TEST_P(Audit, EntriesOfOneCommandGoInTogetherInTheirOrder)
 {
     desk->clock.setServer(QDateTime(QDate(2026, 11, 24), QTime(9, 41)));
-    SpAudiTrail(desk->ctx, QStringLiteral("demo"),
-                {{QStringLiteral("Insert Reg for O'NEIL ADA"), QStringLiteral("001/000000009"), {}},
-                 {QStringLiteral("Insert Attendance for O'NEIL ADA"), QStringLiteral("0010000042"),
-                  QStringLiteral("PRIVATE/GENERAL/CONSULTATION/(PRIVATE)")},
-                 {QStringLiteral("Reg Fee for O'NEIL ADA"), QStringLiteral("001/000000009"), {}}},
-                QStringLiteral("FRONTDESK-2"));
-    const auto rows = ws->connect()->query(QStringLiteral(
-        "SELECT userAction, TranCode, Remarks, ActionDate, ActionTime, Src FROM AuditTrail "
-        "ORDER BY SNo"));
-    ASSERT_EQ(rows.size(), 3u);
-    EXPECT_EQ(rows.rows[0].text(u"userAction"), QStringLiteral("Insert Reg for O'NEIL ADA"));
-    EXPECT_EQ(rows.rows[1].text(u"TranCode"), QStringLiteral("0010000042"));
-    EXPECT_EQ(rows.rows[1].text(u"Remarks"),
-              QStringLiteral("PRIVATE/GENERAL/CONSULTATION/(PRIVATE)"));
-    EXPECT_EQ(rows.rows[2].text(u"userAction"), QStringLiteral("Reg Fee for O'NEIL ADA"));
-    for (const db::Row& r : rows.rows) {
-        EXPECT_EQ(r.date(u"ActionDate"), QDate(2026, 11, 24));
-        EXPECT_EQ(r.text(u"ActionTime"), QStringLiteral("09:41"));
-        EXPECT_EQ(r.text(u"Src"), QStringLiteral("FRONTDESK-2: from RECORDS"));
-    }
+    SpAudiTrail(desk->ctx, u"demo"_s,
+                {{u"Insert Reg for O'NEIL ADA"_s, u"001/000000009"_s, {}},
+                 {u"Insert Attendance for O'NEIL ADA"_s, u"0010000042"_s,
+                  u"PRIVATE/GENERAL/CONSULTATION/(PRIVATE)"_s},
+                 {u"Reg Fee for O'NEIL ADA"_s, u"001/000000009"_s, {}}},
+                u"FRONTDESK-2"_s);
+    const auto rows = ws->connect()->query(
+        u"SELECT userAction, TranCode, Remarks, ActionDate, ActionTime, Src FROM AuditTrail "
+        "ORDER BY SNo"_s);
+    const QString when = u"2026-11-24|09:41|FRONTDESK-2: from RECORDS"_s;
+    EXPECT_EQ(
+        rowsOf(rows, {"userAction", "TranCode", "Remarks", "ActionDate", "ActionTime", "Src"}),
+        (QStringList{"Insert Reg for O'NEIL ADA|001/000000009||" + when,
+                     "Insert Attendance for O'NEIL ADA|0010000042|"
+                     "PRIVATE/GENERAL/CONSULTATION/(PRIVATE)|" +
+                         when,
+                     "Reg Fee for O'NEIL ADA|001/000000009||" + when}));
     // Nothing to record writes nothing.
-    SpAudiTrail(desk->ctx, QStringLiteral("demo"), std::vector<AuditEntry>{},
-                QStringLiteral("FRONTDESK-2"));
-    EXPECT_EQ(count(QStringLiteral("AuditTrail")), 3);
+    SpAudiTrail(desk->ctx, u"demo"_s, std::vector<AuditEntry>{}, u"FRONTDESK-2"_s);
+    EXPECT_EQ(count(u"AuditTrail"_s), 3);
 }
 
 TEST_P(Audit, OverlongValuesAreCutToTheirSizes)
@@ -181,21 +176,20 @@ TEST_P(Audit, OverlongValuesAreCutToTheirSizes)
     const QString longComputer(150, QLatin1Char('c'));
     SpAudiTrail(desk->ctx, longName, longAction, QString(60, QLatin1Char('t')),
                 QString(1200, QLatin1Char('r')), longComputer);
-    const auto r = ws->connect()->queryOne(QStringLiteral("SELECT * FROM AuditTrail"));
+    const auto r = ws->connect()->queryOne(u"SELECT * FROM AuditTrail"_s);
     ASSERT_TRUE(r);
-    EXPECT_EQ(r->text(u"userName").size(), kAuditUserNameSize);
-    EXPECT_EQ(r->text(u"userAction").size(), kAuditActionSize);
-    EXPECT_EQ(r->text(u"TranCode").size(), kAuditTranCodeSize);
-    EXPECT_EQ(r->text(u"Remarks").size(), kAuditRemarksSize);
+    EXPECT_EQ((std::vector<qsizetype>{r->text(u"userName").size(), r->text(u"userAction").size(),
+                                      r->text(u"TranCode").size(), r->text(u"Remarks").size()}),
+              (std::vector<qsizetype>{kAuditUserNameSize, kAuditActionSize, kAuditTranCodeSize,
+                                      kAuditRemarksSize}));
     EXPECT_EQ(r->text(u"Src"), longComputer.left(kAuditSrcSize));
 }
 
 TEST_P(Audit, FailedEntryNeverFailsTheAction)
 {
-    ws->connect()->execScript(QStringLiteral("DROP TABLE AuditTrail"));
-    EXPECT_NO_THROW(SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Registration"),
-                                QStringLiteral("001/000000001"), QString(),
-                                QStringLiteral("FRONTDESK-2")));
+    ws->connect()->execScript(u"DROP TABLE AuditTrail"_s);
+    EXPECT_NO_THROW(SpAudiTrail(desk->ctx, u"demo"_s, u"Registration"_s, u"001/000000001"_s,
+                                QString(), u"FRONTDESK-2"_s));
     EXPECT_TRUE(desk->prompter.messages().empty());
 }
 
@@ -208,13 +202,12 @@ TEST_P(Audit, EntryStandsWhenTheCallersTransactionRollsBack)
     auto save = desk->ctx.openConnection();
     {
         db::Transaction tx(*save);
-        save->exec(QStringLiteral("INSERT INTO hPatientArea (AreaName) VALUES (?)"),
-                   {QStringLiteral("AUDIT TEST AREA")});
-        SpAudiTrail(desk->ctx, QStringLiteral("demo"), QStringLiteral("Registration"),
-                    QStringLiteral("001/000000001"), QString(), QStringLiteral("FRONTDESK-2"));
+        save->exec(u"INSERT INTO hPatientArea (AreaName) VALUES (?)"_s, {u"AUDIT TEST AREA"_s});
+        SpAudiTrail(desk->ctx, u"demo"_s, u"Registration"_s, u"001/000000001"_s, QString(),
+                    u"FRONTDESK-2"_s);
     }
-    EXPECT_EQ(count(QStringLiteral("hPatientArea WHERE AreaName = 'AUDIT TEST AREA'")), 0);
-    EXPECT_EQ(count(QStringLiteral("AuditTrail")), 1);
+    EXPECT_EQ(count(u"hPatientArea WHERE AreaName = 'AUDIT TEST AREA'"_s), 0);
+    EXPECT_EQ(count(u"AuditTrail"_s), 1);
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(ActivityLog);

@@ -15,6 +15,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,41 +23,39 @@ class IdGen : public BackendTest {
 protected:
     qint64 counter(const QString& series) const
     {
-        return ws->scalar(QStringLiteral("SELECT id FROM idgen WHERE destName = ?"), {series})
-            .toLongLong();
+        return ws->scalar(u"SELECT id FROM idgen WHERE destName = ?"_s, {series}).toLongLong();
     }
     void addVisit(db::Connection& c, const QString& consultID) const
     {
-        c.exec(QStringLiteral("INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"),
-               {QDate(2026, 11, 23), QStringLiteral("001/000000001"), consultID});
+        c.exec(u"INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"_s,
+               {QDate(2026, 11, 23), u"001/000000001"_s, consultID});
     }
 };
 
 TEST(ComposeIdentifier, PadsToTheWidthOrGivesTheBareNumber)
 {
-    EXPECT_EQ(composeIdentifier(QStringLiteral("001/"), 7, 9), QStringLiteral("001/000000007"));
-    EXPECT_EQ(composeIdentifier(QStringLiteral("001"), 123456789, 9),
-              QStringLiteral("001123456789"));
-    EXPECT_EQ(composeIdentifier(QString(), 42, 0), QStringLiteral("42"));
-    EXPECT_EQ(composeIdentifier(QStringLiteral("X"), 42, 0), QStringLiteral("42"));
+    EXPECT_EQ(composeIdentifier(u"001/"_s, 7, 9), u"001/000000007"_s);
+    EXPECT_EQ(composeIdentifier(u"001"_s, 123456789, 9), u"001123456789"_s);
+    EXPECT_EQ(composeIdentifier(QString(), 42, 0), u"42"_s);
+    EXPECT_EQ(composeIdentifier(u"X"_s, 42, 0), u"42"_s);
     // A number that outgrows its width would make a 13-character ConsultID (a split bill)
     // or a PNo too long for its column: no identifier at all.
-    EXPECT_EQ(composeIdentifier(QStringLiteral("001"), 1000000000, 9), QString());
+    EXPECT_EQ(composeIdentifier(u"001"_s, 1000000000, 9), QString());
 }
 
 TEST_P(IdGen, EachSeriesGivesItsOwnShapeAndAdvances)
 {
     Session& s = desk->ctx.session();
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000001"));
-    EXPECT_EQ(s.lastIdentifier, QStringLiteral("001/000000001"));
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("001/000000002"));
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), u"001/000000001"_s);
+    EXPECT_EQ(s.lastIdentifier, u"001/000000001"_s);
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), u"001/000000002"_s);
 
     const QString consult = getIDNo(desk->ctx, kSeriesConsultID);
-    EXPECT_EQ(consult, QStringLiteral("001000000001"));
+    EXPECT_EQ(consult, u"001000000001"_s);
     EXPECT_EQ(consult.size(), 12);
     EXPECT_EQ(s.lastIdentifier, consult);
 
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatient), QStringLiteral("1"));
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatient), u"1"_s);
     EXPECT_EQ(counter(kSeriesPatientNo), 2);
     EXPECT_EQ(counter(kSeriesConsultID), 1);
 }
@@ -66,7 +65,7 @@ TEST_P(IdGen, TheSeriesNameIsMatchedExactly)
     // "Patient" and "PATIENT2" are different series; a near miss is no series at all.
     getIDNo(desk->ctx, kSeriesPatient);
     EXPECT_EQ(counter(kSeriesPatientNo), 0);
-    EXPECT_EQ(getIDNo(desk->ctx, QStringLiteral("patient2")), QString());
+    EXPECT_EQ(getIDNo(desk->ctx, u"patient2"_s), QString());
     EXPECT_EQ(counter(kSeriesPatientNo), 0);
 }
 
@@ -75,21 +74,20 @@ TEST_P(IdGen, MissingSeriesGivesNothingAndClearsTheLastIdentifier)
     Session& s = desk->ctx.session();
     getIDNo(desk->ctx, kSeriesPatientNo);
     ASSERT_FALSE(s.lastIdentifier.isEmpty());
-    EXPECT_EQ(getIDNo(desk->ctx, QStringLiteral("NoSuchSeries")), QString());
+    EXPECT_EQ(getIDNo(desk->ctx, u"NoSuchSeries"_s), QString());
     EXPECT_EQ(s.lastIdentifier, QString());
 }
 
 TEST_P(IdGen, PrefixAndWidthComeFromTheDatabase)
 {
-    ws->exec(QStringLiteral("UPDATE idgen SET prefix = ?, width = ?, id = ? WHERE destName = ?"),
-             {QStringLiteral("014/"), 9, 41, kSeriesPatientNo});
-    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), QStringLiteral("014/000000042"));
+    ws->exec(u"UPDATE idgen SET prefix = ?, width = ?, id = ? WHERE destName = ?"_s,
+             {u"014/"_s, 9, 41, kSeriesPatientNo});
+    EXPECT_EQ(getIDNo(desk->ctx, kSeriesPatientNo), u"014/000000042"_s);
 }
 
 TEST_P(IdGen, ExhaustedSeriesGivesNothing)
 {
-    ws->exec(QStringLiteral("UPDATE idgen SET id = ? WHERE destName = ?"),
-             {999999999, kSeriesConsultID});
+    ws->exec(u"UPDATE idgen SET id = ? WHERE destName = ?"_s, {999999999, kSeriesConsultID});
     EXPECT_EQ(getIDNo(desk->ctx, kSeriesConsultID), QString());
 }
 
@@ -102,7 +100,7 @@ TEST_P(IdGen, DrawInsideATransactionIsRefused)
 
 TEST_P(IdGen, DatabaseFailureReachesTheCaller)
 {
-    ws->connect()->execScript(QStringLiteral("DROP TABLE idgen"));
+    ws->connect()->execScript(u"DROP TABLE idgen"_s);
     EXPECT_THROW(getIDNo(desk->ctx, kSeriesPatientNo), db::DbError);
     EXPECT_EQ(desk->ctx.session().lastIdentifier, QString());
 }
@@ -139,7 +137,7 @@ TEST_P(IdGen, ManyConnectionsDrawingAtOnceNeverShareOrLoseANumber)
     }
     ASSERT_EQ(all.size(), kThreads * kDraws);
     for (int n = 1; n <= kThreads * kDraws; ++n)
-        EXPECT_TRUE(all.contains(composeIdentifier(QStringLiteral("001"), n, 9))) << n;
+        EXPECT_TRUE(all.contains(composeIdentifier(u"001"_s, n, 9))) << n;
     EXPECT_EQ(counter(kSeriesConsultID), kThreads * kDraws);
 }
 
@@ -168,15 +166,14 @@ TEST_P(IdGen, SeparateProcessesNeverShareOrLoseANumber)
     for (int p = 0; p < kProcesses; ++p) {
         auto proc = std::make_unique<QProcess>();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_SERVER"), ws->serverName());
-        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_DRAWS"), QString::number(kDraws));
-        env.insert(QStringLiteral("TOLMAR_IDGEN_WORKER_OUT"),
-                   outDir.filePath(QString::number(p)));
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        env.insert(u"TOLMAR_IDGEN_WORKER_SERVER"_s, ws->serverName());
+        env.insert(u"TOLMAR_IDGEN_WORKER_DRAWS"_s, QString::number(kDraws));
+        env.insert(u"TOLMAR_IDGEN_WORKER_OUT"_s, outDir.filePath(QString::number(p)));
+        env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
         proc->setProcessEnvironment(env);
         proc->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         proc->start(QCoreApplication::applicationFilePath(),
-                    {QStringLiteral("--gtest_filter=IdGenWorker.Draw")});
+                    {u"--gtest_filter=IdGenWorker.Draw"_s});
         workers.push_back(std::move(proc));
     }
     QSet<QString> all;
@@ -192,7 +189,7 @@ TEST_P(IdGen, SeparateProcessesNeverShareOrLoseANumber)
     }
     ASSERT_EQ(all.size(), kProcesses * kDraws);
     for (int n = 1; n <= kProcesses * kDraws; ++n)
-        EXPECT_TRUE(all.contains(composeIdentifier(QStringLiteral("001/"), n, 9))) << n;
+        EXPECT_TRUE(all.contains(composeIdentifier(u"001/"_s, n, 9))) << n;
 }
 
 TEST_P(IdGen, RepairClosesTheGapOfARolledBackVisit)
@@ -237,15 +234,15 @@ TEST_P(IdGen, RepairsFollowTheNewestVisitAndTheHighestPatient)
         const QString& series = k.series;
         const bool visits = series == kSeriesConsultID;
         SCOPED_TRACE(k.rows.join(u' ').toStdString());
-        ws->exec(QStringLiteral("DELETE FROM hRecords"));
-        ws->exec(QStringLiteral("DELETE FROM hPatients"));
-        ws->exec(QStringLiteral("UPDATE idgen SET id = 77 WHERE destName = ?"), {series});
+        ws->exec(u"DELETE FROM hRecords"_s);
+        ws->exec(u"DELETE FROM hPatients"_s);
+        ws->exec(u"UPDATE idgen SET id = 77 WHERE destName = ?"_s, {series});
         auto c = ws->connect();
         for (const QString& r : k.rows) {
             if (visits)
                 addVisit(*c, r);
             else
-                c->exec(QStringLiteral("INSERT INTO hPatients (PNo) VALUES (?)"), {r});
+                c->exec(u"INSERT INTO hPatients (PNo) VALUES (?)"_s, {r});
         }
         auto repair = [&] { visits ? updateAttendanceID(desk->ctx) : updatePatientID(desk->ctx); };
         if (!k.next) {

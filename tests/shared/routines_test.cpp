@@ -14,6 +14,7 @@
 
 using namespace tolmar;
 using namespace tolmar::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -49,7 +50,7 @@ TEST(AgeText, UsesTheWorkstationsDateNotTheServers)
     FixedClock clock(QDateTime(QDate(2026, 11, 23), QTime(9, 0)),
                      QDateTime(QDate(2026, 12, 23), QTime(9, 0)));
     AppContext ctx(QString(), prompter, clock);
-    EXPECT_EQ(ageText(ctx, QDate(2026, 11, 23)), QStringLiteral("0 yrs, 1 mth and 0 days"));
+    EXPECT_EQ(ageText(ctx, QDate(2026, 11, 23)), u"0 yrs, 1 mth and 0 days"_s);
 }
 
 // --- amounts in words -------------------------------------------------------------------
@@ -91,19 +92,19 @@ TEST(Num2String, CasePaddingAndDelimiter)
 {
     figToWrd w;
     w.UseDelimiter = figToWrd::Space;
-    EXPECT_EQ(w.Num2String(12500), QStringLiteral("Twelve Thousand Five Hundred Naria"));
+    EXPECT_EQ(w.Num2String(12500), u"Twelve Thousand Five Hundred Naria"_s);
     w.UseDelimiter = figToWrd::Dash;
-    EXPECT_EQ(w.Num2String(12500), QStringLiteral("Twelve Thousand-Five Hundred Naria"));
-    EXPECT_EQ(w.Num2String(5000), QStringLiteral("Five Thousand- Naria"));
+    EXPECT_EQ(w.Num2String(12500), u"Twelve Thousand-Five Hundred Naria"_s);
+    EXPECT_EQ(w.Num2String(5000), u"Five Thousand- Naria"_s);
     w.UseDelimiter = figToWrd::CommaSpace;
     w.UseCase = figToWrd::UpperCase;
-    EXPECT_EQ(w.Num2String(21.5), QStringLiteral("TWENTY ONE NARIA AND FIFTY KOBO ONLY"));
+    EXPECT_EQ(w.Num2String(21.5), u"TWENTY ONE NARIA AND FIFTY KOBO ONLY"_s);
     w.UseCase = figToWrd::LowerCase;
     w.UsePadding = figToWrd::OneStar;
-    EXPECT_EQ(w.Num2String(100), QStringLiteral("*one hundred naria*"));
+    EXPECT_EQ(w.Num2String(100), u"*one hundred naria*"_s);
     w.UseCase = figToWrd::AsBuilt;
     w.UsePadding = figToWrd::ThreeStars;
-    EXPECT_EQ(w.Num2String(100), QStringLiteral("***One Hundred Naria***"));
+    EXPECT_EQ(w.Num2String(100), u"***One Hundred Naria***"_s);
 }
 
 // --- database routines ------------------------------------------------------------------
@@ -115,8 +116,8 @@ protected:
         BackendTest::SetUp();
         desk->ctx.refreshServerClock();  // 23 Nov 2026
     }
-    void postingOn(const QDate& closeDate, const QString& beyond = QStringLiteral("NO"),
-                   const QString& below = QStringLiteral("NO"))
+    void postingOn(const QDate& closeDate, const QString& beyond = u"NO"_s,
+                   const QString& below = u"NO"_s)
     {
         AppDefaults& d = desk->ctx.session().defaults;
         d.AcctPostOn = true;
@@ -182,72 +183,71 @@ TEST_P(Routines, MonthEndFollowsTheServersMonth)
 TEST_P(Routines, PeriodsBelongToTheirCompany)
 {
     postingOn(QDate(2026, 10, 31));
-    ws->exec(QStringLiteral("INSERT INTO FinancialPeriods (CoyID, PeriodName, StartDate, EndDate) "
-                            "VALUES (?, ?, ?, ?)"),
-             {QStringLiteral("0002"), QStringLiteral("FY26 P8"), QDate(2026, 11, 1),
-              QDate(2026, 11, 30)},
-             db::Database::Accounting);
-    desk->ctx.session().defaults.CoyID = QStringLiteral("0002");
-    EXPECT_EQ(GetFinancialPeriodForDate(desk->ctx, QDate(2026, 11, 5)), QStringLiteral("FY26 P8"));
-    desk->ctx.session().defaults.CoyID = QStringLiteral("0009");
+    ws->exec(
+        u"INSERT INTO FinancialPeriods (CoyID, PeriodName, StartDate, EndDate) "
+        "VALUES (?, ?, ?, ?)"_s,
+        {u"0002"_s, u"FY26 P8"_s, QDate(2026, 11, 1), QDate(2026, 11, 30)},
+        db::Database::Accounting);
+    desk->ctx.session().defaults.CoyID = u"0002"_s;
+    EXPECT_EQ(GetFinancialPeriodForDate(desk->ctx, QDate(2026, 11, 5)), u"FY26 P8"_s);
+    desk->ctx.session().defaults.CoyID = u"0009"_s;
     EXPECT_EQ(refusal(QDate(2026, 11, 5)), kTranDateInClosedPeriod);
 }
 
 TEST_P(Routines, PatientNoteIsShownOnlyWhenThereIsOne)
 {
     auto add = [&](const char* pno, const QVariant& note) {
-        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, ANCInfo) VALUES (?, ?)"),
+        ws->exec(u"INSERT INTO hPatients (PNo, ANCInfo) VALUES (?, ?)"_s,
                  {QString::fromLatin1(pno), note});
     };
-    add("001/000000001", QStringLiteral("Allergic to penicillin"));
-    add("001/000000002", QStringLiteral("NIL"));
-    add("001/000000003", QStringLiteral("NONE"));
+    add("001/000000001", u"Allergic to penicillin"_s);
+    add("001/000000002", u"NIL"_s);
+    add("001/000000003", u"NONE"_s);
     add("001/000000004", QVariant());
-    add("001/000000005", QStringLiteral("   "));
-    EXPECT_EQ(patientNote(desk->ctx, QStringLiteral("001/000000001")),
-              QStringLiteral("Allergic to penicillin"));
+    add("001/000000005", u"   "_s);
+    EXPECT_EQ(patientNote(desk->ctx, u"001/000000001"_s), u"Allergic to penicillin"_s);
     for (const char* pno : {"001/000000002", "001/000000003", "001/000000004", "001/000000005",
                             "001/000000099"})
         EXPECT_EQ(patientNote(desk->ctx, QString::fromLatin1(pno)), QString()) << pno;
-    EXPECT_FALSE(showPatientNote(desk->ctx, QStringLiteral("001/000000002")));
+    EXPECT_FALSE(showPatientNote(desk->ctx, u"001/000000002"_s));
 
     // The information screen that shows the note is built elsewhere; a stand-in under its
     // name records which patient the note hands it, and closes.
     static QString handedPNo;
-    ScreenHost::registerFactory(QStringLiteral("frmPatientANCInfo"),
+    ScreenHost::registerFactory(u"frmPatientANCInfo"_s,
                                 [](AppContext&, const QVariantMap& args) -> QWidget* {
-                                    handedPNo = args.value(QStringLiteral("PNo")).toString();
+                                    handedPNo = args.value(u"PNo"_s).toString();
                                     auto* d = new QDialog;
                                     QTimer::singleShot(0, d, &QDialog::accept);
                                     return d;
                                 });
-    EXPECT_TRUE(showPatientNote(desk->ctx, QStringLiteral("001/000000001")));
-    EXPECT_EQ(handedPNo, QStringLiteral("001/000000001"));
+    EXPECT_TRUE(showPatientNote(desk->ctx, u"001/000000001"_s));
+    EXPECT_EQ(handedPNo, u"001/000000001"_s);
 }
 
 TEST_P(Routines, ClientCategoryOrDefault)
 {
-    ws->exec(QStringLiteral("INSERT INTO hRetainership (retainID, retainName, clientCatID) "
-                            "VALUES (?, ?, ?)"),
-             {QStringLiteral("9001"), QStringLiteral("ACME [NIG] LTD"), QStringLiteral("HMO")});
-    EXPECT_EQ(clientCategory(desk->ctx, QStringLiteral("9001")), QStringLiteral("HMO"));
-    EXPECT_EQ(clientCategory(desk->ctx, QStringLiteral("NOT-A-PAYER")), QStringLiteral("DEFAULT"));
+    ws->exec(
+        u"INSERT INTO hRetainership (retainID, retainName, clientCatID) "
+        "VALUES (?, ?, ?)"_s,
+        {u"9001"_s, u"ACME [NIG] LTD"_s, u"HMO"_s});
+    EXPECT_EQ(clientCategory(desk->ctx, u"9001"_s), u"HMO"_s);
+    EXPECT_EQ(clientCategory(desk->ctx, u"NOT-A-PAYER"_s), u"DEFAULT"_s);
 }
 
 TEST_P(Routines, VisitedTodayByTheServersDate)
 {
     // The view reads the database's own clock, so the visits are dated by it.
-    const QDate today =
-        db::variantDate(ws->scalar(QStringLiteral("SELECT sysDT FROM qrySysDateTime")));
+    const QDate today = db::variantDate(ws->scalar(u"SELECT sysDT FROM qrySysDateTime"_s));
     auto visit = [&](const char* pno, const QDate& d) {
-        ws->exec(QStringLiteral("INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"),
-                 {d, QString::fromLatin1(pno), QStringLiteral("001000000001")});
+        ws->exec(u"INSERT INTO hRecords (recDate, PNo, consultID) VALUES (?, ?, ?)"_s,
+                 {d, QString::fromLatin1(pno), u"001000000001"_s});
     };
     visit("001/000000001", today);
     visit("001/000000002", today.addDays(-1));
-    EXPECT_TRUE(visitedToday(desk->ctx, QStringLiteral("001/000000001")));
-    EXPECT_FALSE(visitedToday(desk->ctx, QStringLiteral("001/000000002")));
-    EXPECT_FALSE(visitedToday(desk->ctx, QStringLiteral("001/000000003")));
+    EXPECT_TRUE(visitedToday(desk->ctx, u"001/000000001"_s));
+    EXPECT_FALSE(visitedToday(desk->ctx, u"001/000000002"_s));
+    EXPECT_FALSE(visitedToday(desk->ctx, u"001/000000003"_s));
 }
 
 TEST_P(Routines, DiagnosisListIsReadOnceAndShared)
@@ -259,18 +259,18 @@ TEST_P(Routines, DiagnosisListIsReadOnceAndShared)
     for (size_t i = 1; i < list.size(); ++i)
         EXPECT_LE(list.rows[i - 1].text(u"DescICD"), list.rows[i].text(u"DescICD"));
     // A code added later in the run does not show: the list was read once.
-    ws->exec(QStringLiteral("INSERT INTO hICDCodes (Code, DescICD) VALUES (?, ?)"),
-             {QStringLiteral("Z99.9"), QStringLiteral("Dependence on unspecified device")});
+    ws->exec(u"INSERT INTO hICDCodes (Code, DescICD) VALUES (?, ?)"_s,
+             {u"Z99.9"_s, u"Dependence on unspecified device"_s});
     EXPECT_EQ(&diagnosisList(desk->ctx), &list);
     EXPECT_EQ(diagnosisList(desk->ctx).size(), list.size());
 
-    const auto malaria = filterDiagnoses(list, QStringLiteral("malaria"), false);
+    const auto malaria = filterDiagnoses(list, u"malaria"_s, false);
     ASSERT_EQ(malaria.size(), 2u);
-    EXPECT_EQ(malaria[0]->text(u"Code"), QStringLiteral("B50.9"));
-    const auto byCode = filterDiagnoses(list, QStringLiteral("j18"), true);
+    EXPECT_EQ(malaria[0]->text(u"Code"), u"B50.9"_s);
+    const auto byCode = filterDiagnoses(list, u"j18"_s, true);
     ASSERT_EQ(byCode.size(), 1u);
-    EXPECT_EQ(byCode[0]->text(u"DescICD"), QStringLiteral("Pneumonia, unspecified"));
-    EXPECT_TRUE(filterDiagnoses(list, QStringLiteral("no such disease"), false).empty());
+    EXPECT_EQ(byCode[0]->text(u"DescICD"), u"Pneumonia, unspecified"_s);
+    EXPECT_TRUE(filterDiagnoses(list, u"no such disease"_s, false).empty());
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(Routines);
