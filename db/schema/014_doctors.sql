@@ -1,0 +1,79 @@
+-- Doctors, rooms, queues and the consultation: the least-loaded doctor reads only the day
+-- asked, the doctor's list of waiting visits, the day's consultations, the clinics with
+-- their consultants, the attendance items.
+--@db HOSPITAL
+
+-- The preselection asks for one clinic on one date. The dates come from a DISTINCT over a
+-- UNION ALL, which both databases let a "Date" = ? reach into (SQLite does not push it into
+-- a plain UNION), so only that day's room rows and visits are read; each doctor's count is
+-- one probe of the (DocAssigned, recDate) index below. Doctors of the clinic with nobody
+-- yet still get their row, with 0.
+DROP VIEW vwDocMinNumOfPat;
+CREATE VIEW vwDocMinNumOfPat AS
+SELECT q.EmpID, q.Doctor, COALESCE(a.ConRoomNo, 'RM XXX') AS RoomNo,
+       COALESCE(a.isOff, 0) AS IsOff, d.dt AS "Date", q.ClinicID,
+       (SELECT COUNT(*) FROM hRecords r
+        WHERE r.DocAssigned = q.EmpID AND r.recDate = d.dt AND r.PatVal = 1) AS NumOfPat
+FROM (SELECT DISTINCT dt FROM (SELECT schdDate AS dt FROM hConRoomAssign
+                               UNION ALL SELECT recDate FROM hRecords WHERE PatVal = 1) x) d
+CROSS JOIN qryUserRoleClinic q
+LEFT JOIN hConRoomAssign a ON a.docNo = q.EmpID AND a.schdDate = d.dt;
+
+CREATE INDEX ix_hrecords_doc_date ON hRecords (DocAssigned, recDate) WHERE PatVal = 1;
+-- PatVal in the key as well, or SQLite reads every visit of the day from the table to
+-- test it; with it, the day's dates come from the index alone.
+CREATE INDEX ix_hrecords_assigned_date ON hRecords (recDate, PatVal) WHERE PatVal = 1;
+
+-- Visits nobody has consulted stay at attendedto = 0 for good, so the doctor's list is
+-- today's by the server's clock: a visit is seen on the day it is taken, and a list over
+-- every day would fill with years of patients who went home.
+CREATE INDEX ix_hrecords_waiting ON hRecords (recDate) WHERE attendedto = 0;
+CREATE VIEW qryhPatListForDoc AS
+SELECT r.recDate AS recdate, p.psurname AS pSurname, p.pfirstName AS pfirstname,
+       r.PNo AS pno, r.consultID
+FROM hRecords r
+LEFT JOIN hPatients p ON p.PNo = r.PNo
+WHERE r.attendedto = 0 AND r.recDate = $TODAY;
+
+CREATE INDEX ix_hconsulting_cdate ON hConsulting (CDate);
+CREATE VIEW qryhConsulting AS
+SELECT c.ID, COALESCE(p.psurname, '') || ' ' || COALESCE(p.pfirstName, '') AS Fullname,
+       c.CDate AS cdate, c.cTime AS ctime, c.Complaints, c.diagnosis AS Diagnosis,
+       c.preScription AS Prescription, c.consultID, c.treatedBy
+FROM hConsulting c
+LEFT JOIN hPatients p ON p.PNo = c.PNo;
+
+-- The clinics with the name of the consultant in charge.
+CREATE VIEW vwClinicTypes AS
+SELECT c.ClinicID, c.clinicName AS ClinicName, c.Designation, c.empID AS EmpID,
+       c.regfee AS RegFee, c.ConFee,
+       (SELECT u.Fullname FROM ApplicationUsers u WHERE u.EmpID = c.empID
+        ORDER BY u.Username LIMIT 1) AS Consultant
+FROM clinicTypes c;
+
+-- The accounts of the doctors: the users who hold the CONSULTING role.
+CREATE VIEW vwUsersAndEmpDoctors AS
+SELECT u.Username, u.Fullname, u.EmpID, u.Password, u.AccountStatus, u.BranchCode
+FROM ApplicationUsers u
+WHERE EXISTS (SELECT 1 FROM UserRoles ur JOIN Roles r ON r.RoleID = ur.RoleID
+              WHERE ur.Username = u.Username AND upper(r.LoginRole) = 'CONSULTING');
+
+-- The attendance items: a row with Remarks 'SEED' defines an item, the others count it.
+CREATE TABLE hrecordsMonitor (
+    SNo $ID,
+    Description VARCHAR(100) NOT NULL,
+    dtDate $DATE,
+    numCount INTEGER DEFAULT 0,
+    Remarks VARCHAR(50)
+);
+CREATE UNIQUE INDEX ix_hrecordsmonitor_item ON hrecordsMonitor (Description)
+    WHERE Remarks = 'SEED';
+
+CREATE TABLE hrecordsMonitorDetails (
+    SNo $ID,
+    Description VARCHAR(100) NOT NULL,
+    consultID VARCHAR(20),
+    dtDate $DATE,
+    numCount INTEGER DEFAULT 0
+);
+CREATE INDEX ix_hrecordsmonitordetails_description ON hrecordsMonitorDetails (Description);
