@@ -19,6 +19,32 @@ FROM (SELECT DISTINCT dt FROM (SELECT schdDate AS dt FROM hConRoomAssign
 CROSS JOIN qryUserRoleClinic q
 LEFT JOIN hConRoomAssign a ON a.docNo = q.EmpID AND a.schdDate = d.dt;
 
+-- The queue by doctor and clinic, as the desks' grids show it every minute. The day's
+-- waiting visits are counted first and the room and clinic looked up once per doctor and
+-- clinic, not once per patient; doctors in a room with nobody waiting show 0.
+DROP VIEW vwDocWaitingListGrouped;
+CREATE VIEW vwDocWaitingListGrouped AS
+SELECT g."Date",
+       COALESCE((SELECT a.ConRoomNo FROM hConRoomAssign a
+                 WHERE a.docNo = g.empID AND a.schdDate = g."Date" LIMIT 1), 'RM XXX') AS RoomNo,
+       g.ClinicID, u.Fullname AS Doctor, u.Fullname AS DocName, g.NumOfPat, g.empID AS EmpID
+FROM (SELECT r.recDate AS "Date", r.DocAssigned AS empID,
+             COALESCE(c.ClinicID, r.clinicType) AS ClinicID, COUNT(*) AS NumOfPat
+      FROM hRecords r
+      LEFT JOIN clinicTypes c ON c.clinicName = r.clinicType
+      WHERE r.PatVal = 1 AND r.DocAssigned IS NOT NULL AND r.attendedto = 0
+      GROUP BY r.recDate, r.DocAssigned, COALESCE(c.ClinicID, r.clinicType)) g
+LEFT JOIN ApplicationUsers u ON u.EmpID = g.empID
+UNION ALL
+SELECT a.schdDate, a.ConRoomNo, q.ClinicID, q.Doctor, q.Doctor, 0, q.EmpID
+FROM hConRoomAssign a
+JOIN qryUserRoleClinic q ON q.EmpID = a.docNo
+WHERE a.isOff = 0
+  AND NOT EXISTS (SELECT 1 FROM hRecords r LEFT JOIN clinicTypes c ON c.clinicName = r.clinicType
+                  WHERE r.DocAssigned = a.docNo AND r.recDate = a.schdDate AND r.PatVal = 1
+                    AND r.attendedto = 0 AND COALESCE(c.ClinicID, r.clinicType) = q.ClinicID);
+CREATE INDEX ix_clinictypes_name ON clinicTypes (clinicName);
+
 CREATE INDEX ix_hrecords_doc_date ON hRecords (DocAssigned, recDate) WHERE PatVal = 1;
 -- PatVal in the key as well, or SQLite reads every visit of the day from the table to
 -- test it; with it, the day's dates come from the index alone.
