@@ -5,7 +5,7 @@ TOLMAR_PACKAGES=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-base-dev-tools libqt6opengl6-dev libgl-dev
     libqt6sql6-sqlite libqt6sql6-psql qt6-charts-dev qt6-multimedia-dev
-    libxlsxwriter-dev libcurl4-openssl-dev
+    libxlsxwriter-dev libcurl4-openssl-dev libsodium-dev
     googletest libgtest-dev libbenchmark-dev
     fonts-dejavu-core xvfb xauth postgresql unzip poppler-utils
     dpkg-dev file

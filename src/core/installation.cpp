@@ -6,6 +6,7 @@
 #include "platform/files.h"
 #include "platform/local.h"
 #include "platform/schema.h"
+#include "security/rights.h"
 
 #include <QDir>
 #include <QFile>
@@ -431,17 +432,15 @@ void initDesk(const DeskSetup& setup)
             throw SetupError(QStringLiteral("%1 is not set up; run --init-server first.")
                                  .arg(c.describe()));
         db::Connection h(c, db::Database::Hospital);
-        const auto row = h.queryOne(
-            QStringLiteral("SELECT u.Username, h.HNo FROM vwUsers u LEFT JOIN hHospital h ON "
-                           "h.hospID = u.hospID WHERE lower(u.Username) = lower(?) AND "
-                           "lower(u.LoginRole) = lower(?)"),
-            {user, kLoginRole});
+        const auto row = security::roleHolder(h, user, kLoginRole);
         if (!row)
             throw SetupError(QStringLiteral("The user %1 does not exist on %2 or does not hold "
                                             "the %3 role.")
                                  .arg(user, c.describe(), kLoginRole));
         if (hospitalNumber.isEmpty())
-            hospitalNumber = row->text(u"HNo");
+            hospitalNumber = h.scalar(QStringLiteral("SELECT HNo FROM hHospital WHERE hospID = ?"),
+                                      {row->text(u"hospID")})
+                                 .toString();
     } catch (const db::DbError& e) {
         throw SetupError(QStringLiteral("Cannot read %1: %2").arg(c.describe(), e.description()));
     }

@@ -75,13 +75,4 @@ void MainWatch::verifyAdmissionWaitList(QString& notice)
         addNoticeLine(notice, QStringLiteral("--Some Patients have been sent on Admission--"));
 }
 
-bool MainWatch::mayChangeLocation(const QString& userName)
-{
-    return m_ctx.db()
-        .queryOne(QStringLiteral("select username from vwusers where loginrole = ? "
-                                 "and lower(username) = lower(?)"),
-                  {QStringLiteral("MANAGEMENT"), userName})
-        .has_value();
-}
-
 }  // namespace tolmar

@@ -35,9 +35,6 @@ public:
     void verifyDueDelivery(QString& notice, const QDate& today);
     void verifyAdmissionWaitList(QString& notice);
 
-    // Only a user who holds MANAGEMENT may point the desk at another server.
-    bool mayChangeLocation(const QString& userName);
-
 private:
     AppContext& m_ctx;
 };

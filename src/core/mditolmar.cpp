@@ -6,10 +6,12 @@
 #include "core/idgen.h"
 #include "core/mainwatch.h"
 #include "core/screenhost.h"
+#include "core/serverlocation.h"
 #include "patients/cardexpiry.h"
 #include "platform/report.h"
 #include "platform/sound.h"
 #include "reports/menureports.h"
+#include "security/accounts.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -244,8 +246,10 @@ void MdiTolmar::buildMenus()
     screenEntry(sec, S("mnuChangePWD"), S("Change &Password..."), S("frmChngPwd"));
     sec->addSeparator();
     screenEntry(sec, S("mnuCreateRoles"), S("Create &Roles"), S("frmRole"));
-    entry(sec, S("mnuAcctEnable"), S("&Enable Account..."));
-    entry(sec, S("mnuAcctDisable"), S("&Disable Account..."));
+    entry(sec, S("mnuAcctEnable"), S("&Enable Account..."),
+          [this] { security::setAccountStatus(m_ctx, true); });
+    entry(sec, S("mnuAcctDisable"), S("&Disable Account..."),
+          [this] { security::setAccountStatus(m_ctx, false); });
     sec->addSeparator();
     entry(sec, S("mnuAuto"), S("Auto ID Generator"));
     entry(sec, S("mnuLR"), S("Login Report"));
@@ -631,8 +635,7 @@ void MdiTolmar::openScreen(const QString& screen, const QVariantMap& args)
 
 void MdiTolmar::cmdLocClick()
 {
-    if (!m_watch->mayChangeLocation(m_ctx.session().userName))
-        throw CheckFailed(QStringLiteral("You dont have Permission to Change App Location"));
+    ServerLocations(m_ctx).requireLocationRight();
     m_ctx.screens().openModal(QStringLiteral("frmLocIP"));
 }
 

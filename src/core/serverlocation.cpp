@@ -6,6 +6,7 @@
 #include "core/listentry.h"
 #include "platform/files.h"
 #include "platform/local.h"
+#include "security/rights.h"
 
 #include <QFileInfo>
 
@@ -61,8 +62,16 @@ void ServerLocations::remove(const QString& name)
     c->exec(QStringLiteral("delete from Locations where LocName = ?"), {name});
 }
 
+void ServerLocations::requireLocationRight()
+{
+    security::requireRole(
+        m_ctx, security::kManagementRole,
+        CheckFailed(QStringLiteral("You dont have Permission to Change App Location")));
+}
+
 void ServerLocations::switchTo(const QString& address)
 {
+    requireLocationRight();
     const QString made = m_ctx.homePath(QStringLiteral("made.sys"));
     if (!QFileInfo::exists(made))
         throw FatalCondition(QStringLiteral("A System file  required for Server Location is MISSING"),

@@ -35,8 +35,11 @@ public:
     void remove(const QString& name);
 
     // Points made.sys at the address: the whole file becomes the one line "SVR={address}".
-    // Throws FatalCondition when made.sys has gone; waits for nobody when it is held.
+    // Only a user who holds MANAGEMENT may (see requireLocationRight). Throws FatalCondition
+    // when made.sys has gone; waits for nobody when it is held.
     void switchTo(const QString& address);
+    // Refuses the session's user who does not hold MANAGEMENT, with the desk's message.
+    void requireLocationRight();
 
 private:
     AppContext& m_ctx;

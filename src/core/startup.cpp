@@ -6,6 +6,7 @@
 #include "platform/files.h"
 #include "platform/schema.h"
 #include "platform/prompt.h"
+#include "security/rights.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -162,11 +163,7 @@ StartupResult runStartup(AppContext& ctx)
                 kExitSysdocMissing);
         s.userName = sysdoc->isEmpty() ? QString() : sysdoc->last().trimmed();
         // 8. Names compare without regard to case, as the suite's sign-on does.
-        const auto user = ctx.db().queryOne(
-            QStringLiteral("SELECT hospID, HName, EmpID, Fullname, username, loginrole "
-                           "FROM vwUsers WHERE lower(Username) = lower(?) "
-                           "AND lower(loginrole) = lower(?)"),
-            {s.userName, s.loginRole});
+        const auto user = security::roleHolder(ctx.db(), s.userName, s.loginRole);
         if (!user)
             throw FatalCondition(
                 QStringLiteral("Invalid Login OR session has expired!!! Please Re-login"),

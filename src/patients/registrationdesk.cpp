@@ -7,6 +7,7 @@
 #include "core/listentry.h"
 #include "core/patientinfo.h"
 #include "patients/patientrecord.h"
+#include "security/rights.h"
 
 namespace tolmar::patients {
 
@@ -199,10 +200,9 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
 {
     db::Connection& c = ctx.db();
     const Session& s = ctx.session();
-    if (!c.queryOne(QStringLiteral("SELECT Username FROM vwUsers WHERE LoginRole = "
-                                   "'MANAGEMENT' AND Username = ?"),
-                    {s.userName}))
-        throw CheckFailed(QStringLiteral("You dont have Permission to Reverse an Entry"));
+    security::requireRole(ctx, security::kManagementRole,
+                          CheckFailed(QStringLiteral("You dont have Permission to Reverse an "
+                                                     "Entry")));
     if (!ctx.prompter().ask(QStringLiteral("Are you sure to Delete Record"),
                             QStringLiteral("Delete")))
         return false;

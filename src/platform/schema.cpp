@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
 
 namespace tolmar::db {
 
@@ -29,15 +30,18 @@ struct Section {
     Database db;
     QString text;
     bool eachConnection = false;
+    std::optional<Backend> only;  // statements that one backend alone needs
+
+    bool runsOn(Backend b) const { return !only || *only == b; }
 };
 
 std::vector<Section> sections(const QString& text, Database defaultDb)
 {
     static const QRegularExpression marker(
-        QStringLiteral("^--@(?:db\\s+(\\w+)|(each-connection))\\s*$"),
+        QStringLiteral("^--@(?:db\\s+(\\w+)|(each-connection)|only\\s+(\\w+))\\s*$"),
         QRegularExpression::MultilineOption);
     std::vector<Section> out;
-    Section current{defaultDb, QString()};
+    Section current{defaultDb, QString(), false, std::nullopt};
     qsizetype pos = 0;
     auto flush = [&](qsizetype end) {
         current.text = text.mid(pos, end - pos);
@@ -48,12 +52,18 @@ std::vector<Section> sections(const QString& text, Database defaultDb)
     while (it.hasNext()) {
         const auto m = it.next();
         flush(m.capturedStart());
-        if (m.captured(2).isEmpty()) {
+        if (!m.captured(3).isEmpty()) {
+            const QString b = m.captured(3).toLower();
+            if (b != u"sqlite" && b != u"postgres")
+                throw DbError(QStringLiteral("Unknown backend in script: %1").arg(b));
+            current = Section{current.db, QString(), false,
+                              b == u"sqlite" ? Backend::Sqlite : Backend::Postgres};
+        } else if (m.captured(2).isEmpty()) {
             const auto db = databaseFromName(m.captured(1));
             if (!db)
                 throw DbError(
                     QStringLiteral("Unknown database in script: %1").arg(m.captured(1)));
-            current = Section{*db, QString()};
+            current = Section{*db, QString(), false, std::nullopt};
         } else {
             current.eachConnection = true;
         }
@@ -146,6 +156,31 @@ void runInOwnConnection(const QString& driver, const QString& name,
     QSqlDatabase::removeDatabase(name);
 }
 
+// SQLite has no "ADD COLUMN IF NOT EXISTS", which PostgreSQL reads as it stands: here the
+// statement is left out when the column is there, and runs without the clause when not. A
+// step that adds a column can then run again over itself, as a step recorded as missing
+// after a failure half-way through the five files does.
+void runSqliteStatements(Connection& c, const QString& script)
+{
+    static const QRegularExpression addColumn(
+        QStringLiteral("^((?:\\s*--[^\\n]*\\n)*\\s*ALTER\\s+TABLE\\s+(\\w+)\\s+ADD\\s+"
+                       "COLUMN\\s+)IF\\s+NOT\\s+EXISTS\\s+(\\w+)"),
+        QRegularExpression::CaseInsensitiveOption);
+    for (const QString& statement : splitSqlStatements(script)) {
+        const auto m = addColumn.match(statement);
+        if (!m.hasMatch()) {
+            c.execScript(statement);
+            continue;
+        }
+        if (c.scalar(QStringLiteral("SELECT count(*) FROM pragma_table_info(?) "
+                                    "WHERE lower(name) = lower(?)"),
+                     {m.captured(2), m.captured(3)})
+                .toInt() > 0)
+            continue;
+        c.execScript(m.captured(1) + m.captured(3) + statement.mid(m.capturedEnd()));
+    }
+}
+
 }  // namespace
 
 QString expandSchema(const QString& text, Backend backend)
@@ -200,7 +235,7 @@ const QStringList& eachConnectionStatements(Database db)
             QRegularExpression::CaseInsensitiveOption);
         for (const Migration& m : availableMigrations()) {
             for (const Section& s : sections(readResource(m.resource), Database::Hospital)) {
-                if (!s.eachConnection)
+                if (!s.eachConnection || !s.runsOn(Backend::Sqlite))
                     continue;
                 for (const QString& st :
                      splitSqlStatements(expandSchema(s.text, Backend::Sqlite))) {
@@ -309,6 +344,8 @@ void SchemaMigrator::apply(const Migration& m)
             Connection c(m_config, Database::Hospital);
             Transaction tx(c);
             for (const Section& s : parts) {
+                if (!s.runsOn(Backend::Postgres))
+                    continue;
                 QStringList path{databaseName(s.db).toLower()};
                 for (Database other : kAllDatabases)
                     if (other != s.db)
@@ -323,11 +360,11 @@ void SchemaMigrator::apply(const Migration& m)
             return;
         }
         for (const Section& s : parts) {
-            if (s.eachConnection)
+            if (s.eachConnection || !s.runsOn(Backend::Sqlite))
                 continue;  // made by every connection of that database as it opens
             Connection c(m_config, s.db);
             Transaction tx(c);
-            c.execScript(s.text);
+            runSqliteStatements(c, s.text);
             tx.commit();
         }
         Connection c(m_config, Database::Hospital);
@@ -343,6 +380,8 @@ void SchemaMigrator::apply(const Migration& m)
 void SchemaMigrator::runScript(const QString& text, Database defaultDb)
 {
     for (const Section& s : sections(text, defaultDb)) {
+        if (!s.runsOn(m_config.backend))
+            continue;
         Connection c(m_config, s.db);
         Transaction tx(c);
         c.execScript(s.text);

@@ -34,6 +34,7 @@ protected:
         ServerLocations l(desk().ctx);
         l.add(QStringLiteral("10.0.0.4"), QStringLiteral("HEAD OFFICE"));
         l.add(QStringLiteral("192.168.1.20\\SQL2019"), QStringLiteral("ANNEX"));
+        desk().ctx.session().userName = QStringLiteral("demo");  // holds MANAGEMENT
     }
     Desk& desk()
     {

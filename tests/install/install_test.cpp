@@ -136,17 +136,21 @@ TEST_P(InitServer, FreshServerHoldsDefaultsAndOneAdministratorThenADeskStartsOnI
 TEST_P(InitServer, OlderSchemaIsUpgradedOnlyWhenAskedAndNewerIsRefused)
 {
     const int latest = db::latestSchemaVersion();
+    // The step before the last: numbers may leave gaps where a step was given up.
+    const auto steps = db::availableMigrations();
+    ASSERT_GE(steps.size(), 2u);
+    const int previous = steps[steps.size() - 2].version;
     {
         db::SchemaMigrator m(target->config);
         m.createDatabases();
-        m.migrate(latest - 1);
-        install::writeDefaults(m, 0, latest - 1);
+        m.migrate(previous);
+        install::writeDefaults(m, 0, previous);
     }
     Outcome r = target->initServer();
     EXPECT_EQ(r.status, kExitSchema);
     EXPECT_TRUE(r.out.contains(QStringLiteral("%1 ").arg(latest, 3, 10, QLatin1Char('0'))));
     EXPECT_TRUE(r.err.contains(QStringLiteral("--upgrade"))) << r.err.toStdString();
-    EXPECT_EQ(db::SchemaMigrator(target->config).currentVersion(), latest - 1);
+    EXPECT_EQ(db::SchemaMigrator(target->config).currentVersion(), previous);
 
     r = target->initServer({QStringLiteral("--upgrade")});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();

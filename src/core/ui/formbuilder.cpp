@@ -104,6 +104,17 @@ QLineEdit* FormBuilder::text(const QString& name, const QString& label, LetterCa
     return edit;
 }
 
+QLineEdit* FormBuilder::password(const QString& name, const QString& label, int maxLength)
+{
+    QLineEdit* edit = text(name, label);
+    // Qt gives a masked box no copy, cut or drag; the context menu's entries follow suit.
+    edit->setEchoMode(QLineEdit::Password);
+    edit->setMaxLength(maxLength);
+    edit->setInputMethodHints(Qt::ImhHiddenText | Qt::ImhSensitiveData |
+                              Qt::ImhNoPredictiveText);
+    return edit;
+}
+
 QComboBox* FormBuilder::combo(const QString& name, const QString& label, bool editable)
 {
     auto* box = new QComboBox(m_owner);

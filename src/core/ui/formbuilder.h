@@ -45,6 +45,8 @@ public:
 
     QLineEdit* text(const QString& name, const QString& label,
                     LetterCase letterCase = LetterCase::AsTyped);
+    // A masked box: what is typed shows as dots and cannot be copied or dragged out.
+    QLineEdit* password(const QString& name, const QString& label, int maxLength = 100);
     QComboBox* combo(const QString& name, const QString& label, bool editable = false);
     QDateEdit* date(const QString& name, const QString& label);
     // A date that may be left empty (date of birth, expiry): see setBlank().
