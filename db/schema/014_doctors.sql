@@ -43,7 +43,9 @@ WHERE a.isOff = 0
   AND NOT EXISTS (SELECT 1 FROM hRecords r LEFT JOIN clinicTypes c ON c.clinicName = r.clinicType
                   WHERE r.DocAssigned = a.docNo AND r.recDate = a.schdDate AND r.PatVal = 1
                     AND r.attendedto = 0 AND COALESCE(c.ClinicID, r.clinicType) = q.ClinicID);
-CREATE INDEX ix_clinictypes_name ON clinicTypes (clinicName);
+-- A clinic is looked up by its name (visits keep the name) and picked by it: two clinics of
+-- one name would be edited and deleted together.
+CREATE UNIQUE INDEX ix_clinictypes_name ON clinicTypes (clinicName);
 
 CREATE INDEX ix_hrecords_doc_date ON hRecords (DocAssigned, recDate) WHERE PatVal = 1;
 -- PatVal in the key as well, or SQLite reads every visit of the day from the table to
@@ -77,12 +79,25 @@ SELECT c.ClinicID, c.clinicName AS ClinicName, c.Designation, c.empID AS EmpID,
         ORDER BY u.Username LIMIT 1) AS Consultant
 FROM clinicTypes c;
 
--- The accounts of the doctors: the users who hold the CONSULTING role.
+-- The accounts of the doctors, one row each.
 CREATE VIEW vwUsersAndEmpDoctors AS
-SELECT u.Username, u.Fullname, u.EmpID, u.Password, u.AccountStatus, u.BranchCode
-FROM ApplicationUsers u
-WHERE EXISTS (SELECT 1 FROM UserRoles ur JOIN Roles r ON r.RoleID = ur.RoleID
-              WHERE ur.Username = u.Username AND upper(r.LoginRole) = 'CONSULTING');
+SELECT DISTINCT Username, Fullname, empID AS EmpID, Password, AccountStatus, BranchCode
+FROM vwUsersDoctor;
+
+-- A deleted account is kept here first: every column of Users, in its order, so that a
+-- row copies across whole.
+CREATE TABLE UsersArchive (
+    Username VARCHAR(50) NOT NULL,
+    Fullname VARCHAR(150),
+    Password VARCHAR(100),
+    SaltedPass VARCHAR(200),
+    AccountStatus VARCHAR(20),
+    BranchCode VARCHAR(50),
+    EmpID VARCHAR(50),
+    hospID VARCHAR(20),
+    PassHash VARCHAR(255)
+);
+CREATE INDEX ix_usersarchive_username ON UsersArchive (Username);
 
 -- The attendance items: a row with Remarks 'SEED' defines an item, the others count it.
 CREATE TABLE hrecordsMonitor (
