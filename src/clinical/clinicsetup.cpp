@@ -32,6 +32,69 @@ void requireChanged(int rows, const QString& what)
 
 }  // namespace
 
+QAbstractItemModel* roomsModel(db::Connection& c, QObject* parent)
+{
+    return c.gridModel(QStringLiteral("SELECT ConRmName AS \"RoomNo\", Location AS \"Location\" "
+                                      "FROM hConsultingRooms ORDER BY ConRmName"),
+                       {}, parent);
+}
+
+QAbstractItemModel* clinicsModel(db::Connection& c, QObject* parent)
+{
+    return c.gridModel(
+        QStringLiteral("SELECT ClinicID AS \"ClinicID\", ClinicName AS \"ClinicName\", "
+                       "Consultant AS \"Consultant\", Designation AS \"Designation\", "
+                       "EmpID AS \"EmpID\", RegFee AS \"RegFee\", "
+                       "ConFee AS \"ConsultationFee\" FROM vwClinicTypes ORDER BY ClinicName"),
+        {}, parent);
+}
+
+QAbstractItemModel* clinicDaysModel(db::Connection& c, const QString& clinicID, QObject* parent)
+{
+    const QString columns = QStringLiteral(
+        "SELECT SNo AS \"SNo\", Clinic AS \"Clinic\", ClinicDay AS \"ClinicDay\", "
+        "ClinicTime AS \"ClinicTime\", PatLimit AS \"PatLimit\" FROM vwClinicDays ");
+    if (clinicID.isEmpty())
+        return c.gridModel(columns + QStringLiteral("ORDER BY Clinic, SNoID"), {}, parent);
+    return c.gridModel(columns + QStringLiteral("WHERE Clinic = ? ORDER BY SNoID"), {clinicID},
+                       parent);
+}
+
+QAbstractItemModel* attendItemsModel(db::Connection& c, QObject* parent)
+{
+    return c.gridModel(QStringLiteral("SELECT DISTINCT Description AS \"ItemName\" FROM "
+                                      "hrecordsMonitor WHERE Remarks = 'SEED' "
+                                      "ORDER BY \"ItemName\""),
+                       {}, parent);
+}
+
+QStringList clinicEntries(db::Connection& c)
+{
+    return listentry::fromRows(c.query(QStringLiteral("SELECT DISTINCT clinicID, ClinicName FROM "
+                                                      "clinicTypes ORDER BY ClinicName"))
+                                   .rows,
+                               u"ClinicName", u"clinicID");
+}
+
+QStringList consultantEntries(db::Connection& c)
+{
+    return listentry::fromRows(
+        c.query(QStringLiteral("SELECT DISTINCT empID, fullname FROM vwUsersDoctor WHERE "
+                               "upper(loginRole) = 'CONSULTING' AND upper(AccountStatus) = "
+                               "'ENABLED' ORDER BY fullname"))
+            .rows,
+        u"fullname", u"empID");
+}
+
+QStringList weekdays(db::Connection& c)
+{
+    QStringList out;
+    for (const db::Row& r :
+         c.query(QStringLiteral("SELECT DISTINCT WkDay, SNo FROM Weekdays ORDER BY SNo")).rows)
+        out << r.text(u"WkDay");
+    return out;
+}
+
 QString goneMessage(const QString& what)
 {
     return QStringLiteral("This %1 is no longer on file: another desk has changed or deleted "

@@ -8,11 +8,30 @@
 #include <QString>
 #include <QStringList>
 
+class QAbstractItemModel;
+class QObject;
+
 namespace tolmar {
 class AppContext;
+namespace db {
+class Connection;
 }
+}  // namespace tolmar
 
 namespace tolmar::clinical {
+
+// The lists of the screens, as grid models owned by `parent`.
+QAbstractItemModel* roomsModel(db::Connection& c, QObject* parent);
+QAbstractItemModel* clinicsModel(db::Connection& c, QObject* parent);
+// All clinics' days, or one clinic's when `clinicID` is given.
+QAbstractItemModel* clinicDaysModel(db::Connection& c, const QString& clinicID,
+                                    QObject* parent);
+QAbstractItemModel* attendItemsModel(db::Connection& c, QObject* parent);
+// "{ClinicName} [{ClinicID}]", by name.
+QStringList clinicEntries(db::Connection& c);
+// The consultants a clinic may have: enabled doctors, "{fullName} [{empID}]".
+QStringList consultantEntries(db::Connection& c);
+QStringList weekdays(db::Connection& c);
 
 // Consulting rooms (frmConRoom). oldName empty: a new room.
 void saveRoom(AppContext& ctx, const QString& oldName, const QString& name,

@@ -49,10 +49,7 @@ frmConRoom::frmConRoom(AppContext& ctx, const QVariantMap&, QWidget* parent)
 
 QAbstractItemModel* frmConRoom::listModel(QObject* parent)
 {
-    return m_ctx.db().gridModel(QStringLiteral("SELECT ConRmName AS \"RoomNo\", Location AS "
-                                               "\"Location\" FROM hConsultingRooms "
-                                               "ORDER BY ConRmName"),
-                                {}, parent);
+    return clinical::roomsModel(m_ctx.db(), parent);
 }
 
 void frmConRoom::loadRow()
@@ -88,27 +85,15 @@ frmClinicTypes::frmClinicTypes(AppContext& ctx, const QVariantMap&, QWidget* par
     m_txtDesig = f.text(QStringLiteral("txtDesig"), QStringLiteral("Designation"),
                         ui::LetterCase::Upper);
     m_cboRef = f.combo(QStringLiteral("cboRef"), QStringLiteral("Consultant"));
-    runCommand(this, m_ctx, [this] {
-        for (const db::Row& r :
-             m_ctx.db()
-                 .query(QStringLiteral("SELECT DISTINCT empID, fullname FROM vwUsersDoctor "
-                                       "WHERE upper(loginRole) = 'CONSULTING' AND "
-                                       "upper(AccountStatus) = 'ENABLED' ORDER BY fullname"))
-                 .rows)
-            m_cboRef->addItem(listentry::make(r.text(u"fullname"), r.text(u"empID")));
-    });
+    runCommand(this, m_ctx,
+               [this] { m_cboRef->addItems(clinical::consultantEntries(m_ctx.db())); });
     finish(QStringLiteral("ClinicName"));
     clearFields();
 }
 
 QAbstractItemModel* frmClinicTypes::listModel(QObject* parent)
 {
-    return m_ctx.db().gridModel(
-        QStringLiteral("SELECT ClinicID AS \"ClinicID\", ClinicName AS \"ClinicName\", "
-                       "Consultant AS \"Consultant\", Designation AS \"Designation\", "
-                       "EmpID AS \"EmpID\", RegFee AS \"RegFee\", "
-                       "ConFee AS \"ConsultationFee\" FROM vwClinicTypes ORDER BY ClinicName"),
-        {}, parent);
+    return clinical::clinicsModel(m_ctx.db(), parent);
 }
 
 void frmClinicTypes::loadRow()
@@ -154,16 +139,9 @@ frmClinicDays::frmClinicDays(AppContext& ctx, const QVariantMap&, QWidget* paren
     m_txtCon->setValidator(new QRegularExpressionValidator(
         QRegularExpression(QStringLiteral("\\d*\\.?\\d*")), m_txtCon));
     runCommand(this, m_ctx, [this] {
-        db::Connection& c = m_ctx.db();
-        for (const db::Row& r : c.query(QStringLiteral("SELECT DISTINCT clinicID, clinicName "
-                                                       "FROM clinicTypes ORDER BY clinicName"))
-                                    .rows)
-            m_cboCon->addItem(listentry::make(r.text(u"clinicName"), r.text(u"clinicID")));
-        for (const db::Row& r :
-             c.query(QStringLiteral("SELECT DISTINCT WkDay, SNo FROM Weekdays ORDER BY SNo")).rows) {
-            auto* item = new QListWidgetItem(r.text(u"WkDay"), m_lstDays);
-            item->setCheckState(Qt::Unchecked);
-        }
+        m_cboCon->addItems(clinical::clinicEntries(m_ctx.db()));
+        for (const QString& day : clinical::weekdays(m_ctx.db()))
+            (new QListWidgetItem(day, m_lstDays))->setCheckState(Qt::Unchecked);
     });
     m_cboCon->setCurrentIndex(-1);
     finish(QStringLiteral("SNo"), {QStringLiteral("SNo")});
@@ -177,15 +155,8 @@ frmClinicDays::frmClinicDays(AppContext& ctx, const QVariantMap&, QWidget* paren
 
 QAbstractItemModel* frmClinicDays::listModel(QObject* parent)
 {
-    const QString clinic = m_oldKey.isEmpty() ? ui::currentKey(m_cboCon) : QString();
-    const QString columns = QStringLiteral(
-        "SELECT SNo AS \"SNo\", Clinic AS \"Clinic\", ClinicDay AS \"ClinicDay\", "
-        "ClinicTime AS \"ClinicTime\", PatLimit AS \"PatLimit\" FROM vwClinicDays ");
-    if (clinic.isEmpty())
-        return m_ctx.db().gridModel(columns + QStringLiteral("ORDER BY Clinic, SNoID"), {},
-                                    parent);
-    return m_ctx.db().gridModel(columns + QStringLiteral("WHERE Clinic = ? ORDER BY SNoID"),
-                                {clinic}, parent);
+    return clinical::clinicDaysModel(
+        m_ctx.db(), m_oldKey.isEmpty() ? ui::currentKey(m_cboCon) : QString(), parent);
 }
 
 void frmClinicDays::loadRow()
@@ -238,10 +209,7 @@ frmAttendItems::frmAttendItems(AppContext& ctx, const QVariantMap&, QWidget* par
 
 QAbstractItemModel* frmAttendItems::listModel(QObject* parent)
 {
-    return m_ctx.db().gridModel(QStringLiteral("SELECT DISTINCT Description AS \"ItemName\" FROM "
-                                               "hrecordsMonitor WHERE Remarks = 'SEED' "
-                                               "ORDER BY \"ItemName\""),
-                                {}, parent);
+    return clinical::attendItemsModel(m_ctx.db(), parent);
 }
 
 void frmAttendItems::loadRow() { m_txtName->setText(cell(m_list, "ItemName")); }

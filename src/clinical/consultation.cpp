@@ -41,6 +41,19 @@ QString consultationsSql()
                           "FROM qryhConsulting WHERE cdate = ? ORDER BY \"ID\"");
 }
 
+QStringList medicalStaffEntries(db::Connection& c)
+{
+    QStringList out;
+    for (const db::Row& r :
+         c.query(QStringLiteral("SELECT empID, lastname, firstname FROM qryemployees "
+                                "WHERE deptID = 'MEDICALS' ORDER BY lastname"))
+             .rows)
+        out << listentry::make(
+            QStringLiteral("%1 %2").arg(r.text(u"lastname"), r.text(u"firstname")),
+            r.text(u"empID"));
+    return out;
+}
+
 VisitLabels lookUpVisit(db::Connection& c, const QString& consultID)
 {
     VisitLabels v;

@@ -4,6 +4,7 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 namespace tolmar {
 class AppContext;
@@ -20,6 +21,8 @@ QString waitingVisitEntry(const QString& surname, const QString& firstName, cons
                           const QString& consultID);
 // The day's consultations for the grid; values: the date.
 QString consultationsSql();
+// The doctors of the hospital, "{LastName} {FirstName} [{empID}]".
+QStringList medicalStaffEntries(db::Connection& c);
 
 struct VisitLabels {
     bool found = false;

@@ -89,16 +89,8 @@ frmConsultation::frmConsultation(AppContext& ctx, const QVariantMap&, QWidget* p
     });
     connect(close, &QPushButton::clicked, this, &QWidget::close);
 
-    runCommand(this, m_ctx, [this] {
-        for (const db::Row& r :
-             m_ctx.db()
-                 .query(QStringLiteral("SELECT empID, lastname, firstname FROM qryemployees "
-                                       "WHERE deptID = 'MEDICALS' ORDER BY lastname"))
-                 .rows)
-            m_cboReason->addItem(listentry::make(
-                QStringLiteral("%1 %2").arg(r.text(u"lastname"), r.text(u"firstname")),
-                r.text(u"empID")));
-    });
+    runCommand(this, m_ctx,
+               [this] { m_cboReason->addItems(clinical::medicalStaffEntries(m_ctx.db())); });
     // The workstation's clock: the doctor records when he saw the patient at his desk.
     const QDateTime now = m_ctx.clock().workstationNow();
     m_dtDate->setDate(now.date());

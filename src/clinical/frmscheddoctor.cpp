@@ -58,19 +58,9 @@ void frmSchedDoctor::fillLists()
 {
     runCommand(this, m_ctx, [this] {
         m_cboVehNo->clear();
-        for (const db::Row& r :
-             m_ctx.db()
-                 .query(QStringLiteral("SELECT DISTINCT ConRmName FROM hConsultingRooms "
-                                       "ORDER BY ConRmName"))
-                 .rows)
-            m_cboVehNo->addItem(r.text(u"ConRmName"));
+        m_cboVehNo->addItems(clinical::roomNames(m_ctx.db()));
         m_cboReason->clear();
-        for (const db::Row& r :
-             m_ctx.db()
-                 .query(QStringLiteral("SELECT DISTINCT EmpID, Fullname FROM qryUserRoleClinic "
-                                       "ORDER BY Fullname"))
-                 .rows)
-            m_cboReason->addItem(listentry::make(r.text(u"Fullname"), r.text(u"EmpID")));
+        m_cboReason->addItems(clinical::clinicDoctorEntries(m_ctx.db()));
         m_cboVehNo->setCurrentIndex(-1);
         m_cboReason->setCurrentIndex(-1);
     });

@@ -28,6 +28,25 @@ QString assignmentsSql()
                           "FROM vwdocAssign WHERE \"Date\" = ? ORDER BY \"DocName\"");
 }
 
+QStringList roomNames(db::Connection& c)
+{
+    QStringList out;
+    for (const db::Row& r :
+         c.query(QStringLiteral("SELECT DISTINCT ConRmName FROM hConsultingRooms "
+                                "ORDER BY ConRmName"))
+             .rows)
+        out << r.text(u"ConRmName");
+    return out;
+}
+
+QStringList clinicDoctorEntries(db::Connection& c)
+{
+    return listentry::fromRows(c.query(QStringLiteral("SELECT DISTINCT EmpID, Fullname FROM "
+                                                      "qryUserRoleClinic ORDER BY Fullname"))
+                                   .rows,
+                               u"Fullname", u"EmpID");
+}
+
 QString saveAssignment(AppContext& ctx, const RoomAssignment& a)
 {
     if (a.room.trimmed().isEmpty())

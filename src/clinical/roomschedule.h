@@ -4,10 +4,14 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 namespace tolmar {
 class AppContext;
+namespace db {
+class Connection;
 }
+}  // namespace tolmar
 
 namespace tolmar::clinical {
 
@@ -20,6 +24,9 @@ struct RoomAssignment {
 
 // The day's assignments for the grid, by doctor's name; values: the date.
 QString assignmentsSql();
+QStringList roomNames(db::Connection& c);
+// The doctors who serve a clinic, "{fullName} [{empID}]".
+QStringList clinicDoctorEntries(db::Connection& c);
 
 // Checks, asks, writes. Returns the message shown after the write, or "" when the desk
 // answered No.

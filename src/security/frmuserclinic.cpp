@@ -1,5 +1,6 @@
 #include "security/frmuserclinic.h"
 
+#include "clinical/clinicsetup.h"
 #include "core/appcontext.h"
 #include "core/command.h"
 #include "core/listentry.h"
@@ -100,7 +101,7 @@ void frmUserClinic::refresh()
         m_cboSys->addItems(security::doctorEntries(m_ctx.db()));
         m_cboSys->setCurrentIndex(-1);
         m_lstDate->clear();
-        for (const QString& entry : security::clinicEntries(m_ctx.db())) {
+        for (const QString& entry : clinical::clinicEntries(m_ctx.db())) {
             auto* item = new QListWidgetItem(entry, m_lstDate);
             item->setCheckState(Qt::Unchecked);
         }

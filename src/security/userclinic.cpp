@@ -29,22 +29,10 @@ QString requireUser(const QString& username, const QString& message)
 
 QStringList doctorEntries(db::Connection& c)
 {
-    QStringList out;
-    for (const db::Row& r : c.query(QStringLiteral("SELECT Username, Fullname FROM "
-                                                   "vwUsersAndEmpDoctors ORDER BY Fullname"))
-                                .rows)
-        out << listentry::make(r.text(u"Fullname"), r.text(u"Username"));
-    return out;
-}
-
-QStringList clinicEntries(db::Connection& c)
-{
-    QStringList out;
-    for (const db::Row& r : c.query(QStringLiteral("SELECT DISTINCT clinicID, ClinicName FROM "
-                                                   "clinicTypes ORDER BY ClinicName"))
-                                .rows)
-        out << listentry::make(r.text(u"ClinicName"), r.text(u"clinicID"));
-    return out;
+    return listentry::fromRows(c.query(QStringLiteral("SELECT Username, Fullname FROM "
+                                                      "vwUsersAndEmpDoctors ORDER BY Fullname"))
+                                   .rows,
+                               u"Fullname", u"Username");
 }
 
 std::optional<DoctorAccount> doctorAccount(db::Connection& c, const QString& username)

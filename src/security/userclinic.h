@@ -18,8 +18,6 @@ namespace tolmar::security {
 
 // The doctors as the list shows them, "{Fullname} [{Username}]".
 QStringList doctorEntries(db::Connection& c);
-// The clinics as the list shows them, "{ClinicName} [{ClinicID}]".
-QStringList clinicEntries(db::Connection& c);
 
 // What the screen shows of an account. The stored password is never read: it has no
 // business in a widget.
