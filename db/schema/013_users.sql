@@ -44,6 +44,8 @@ LEFT JOIN ApplicationUsers u ON u.Username = ur.Username;
 
 --@only sqlite
 -- SQLite writes through a view only by triggers (gone with the view when it is made again).
+-- It does not count the rows such a trigger changes: a statement on Users reports none, so
+-- a caller that must know reads the table afterwards.
 CREATE TRIGGER Users_update INSTEAD OF UPDATE ON Users
 BEGIN
     UPDATE ApplicationUsers

@@ -25,6 +25,9 @@ frmChngPwd::frmChngPwd(AppContext& ctx, const QVariantMap&, QWidget* parent)
     auto* close = f.button(QStringLiteral("CancelButton"), QStringLiteral("Close"));
     resize(420, 200);
     m_user->setText(m_ctx.session().userName);
+    // The user is known: what is wanted first is the old password.
+    if (!m_user->text().isEmpty())
+        m_old->setFocus();
     connect(ok, &QPushButton::clicked, this, &frmChngPwd::save);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
 }
