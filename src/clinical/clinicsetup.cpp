@@ -232,8 +232,9 @@ QString saveClinicDays(AppContext& ctx, int sno, const ClinicDayFields& f)
             c->exec(QStringLiteral("INSERT INTO clinicDays (ClinicDay, StartTime, ClinicID, "
                                    "NumOfPat) VALUES (?, ?, ?, ?)"),
                     {day, time, f.clinicID, limit});
-            audits.push_back({QStringLiteral("Add ClinicDay %1 (%2) %3").arg(f.clinicID, time, day),
-                              f.clinicID, QString()});
+            const QString action =
+                QStringLiteral("Add ClinicDay %1 (%2) %3").arg(f.clinicID, time, day);
+            audits.push_back({action, f.clinicID, QString()});
         }
         tx.commit();
         SpAudiTrail(ctx, s.userName, audits, s.computerName);

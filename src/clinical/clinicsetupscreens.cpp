@@ -191,7 +191,10 @@ QString frmClinicDays::saveRow(const QString& oldKey)
     return clinical::saveClinicDays(m_ctx, oldKey.toInt(), f);
 }
 
-void frmClinicDays::removeRow(const QString& key) { clinical::removeClinicDay(m_ctx, key.toInt()); }
+void frmClinicDays::removeRow(const QString& key)
+{
+    clinical::removeClinicDay(m_ctx, key.toInt());
+}
 
 QString frmClinicDays::deleteQuestion() const
 {

@@ -61,7 +61,8 @@ QString DoctorAllocation::docWaitSql()
     return QStringLiteral("SELECT DISTINCT \"Date\", RoomNo AS \"RoomNo\", "
                           "ClinicName AS \"ClinicName\", Doctor AS \"Doctor\", "
                           "Patient AS \"Patient\" FROM vwDocWaitingList "
-                          "WHERE \"Date\" = ? AND empID = ? AND ClinicID = ? ORDER BY \"Patient\"");
+                          "WHERE \"Date\" = ? AND empID = ? AND ClinicID = ? "
+                          "ORDER BY \"Patient\"");
 }
 
 int DoctorAllocation::purgePastAssignments()

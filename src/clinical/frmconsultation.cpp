@@ -126,7 +126,8 @@ void frmConsultation::fillGrid()
 void frmConsultation::patientPicked()
 {
     runCommand(this, m_ctx, [this] {
-        const auto v = clinical::lookUpVisit(m_ctx.db(), listentry::key(m_cboVehNo->currentText()));
+        const auto v =
+            clinical::lookUpVisit(m_ctx.db(), listentry::key(m_cboVehNo->currentText()));
         m_lblBill->setText(v.consultID);
         m_lblClient->setText(v.clientCat);
         m_lblNo->setText(v.pno);

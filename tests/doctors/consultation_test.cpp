@@ -127,8 +127,8 @@ TEST_P(Consultation, AWholeConsultationTakesTheVisitOffTheListAndTheQueue)
               QStringLiteral("Delete from Clinic"));
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral(" Record successfully deleted "));
     EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM hConsulting")), 0);
-    EXPECT_EQ(count(QStringLiteral("SELECT attendedto FROM hRecords WHERE consultID = ?"), {visit}),
-              1);
+    EXPECT_EQ(
+        count(QStringLiteral("SELECT attendedto FROM hRecords WHERE consultID = ?"), {visit}), 1);
 
     // A visit gone from the visits meanwhile empties the labels.
     ws->exec(QStringLiteral("DELETE FROM hRecords WHERE consultID = '001000000002'"));
@@ -164,8 +164,8 @@ TEST_P(Consultation, TwoDoctorsOnOneVisitAndRowsRemovedMeanwhile)
                                    "consultID = ?"),
                     {visit}),
               2);
-    EXPECT_EQ(count(QStringLiteral("SELECT attendedto FROM hRecords WHERE consultID = ?"), {visit}),
-              1);
+    EXPECT_EQ(
+        count(QStringLiteral("SELECT attendedto FROM hRecords WHERE consultID = ?"), {visit}), 1);
 
     // Another desk deletes one meanwhile: the edit and the delete of it are refused.
     const int id = count(QStringLiteral("SELECT MIN(ID) FROM hConsulting"));

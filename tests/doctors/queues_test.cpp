@@ -25,12 +25,11 @@ protected:
     QStringList counts(const QString& clinic)
     {
         QStringList out;
-        for (const auto& r : ws->connect()
-                                 ->query(QStringLiteral("SELECT EmpID, NumOfPat FROM "
-                                                        "vwDocMinNumOfPat WHERE \"Date\" = ? AND "
-                                                        "ClinicID = ? AND IsOff = 0 ORDER BY EmpID"),
-                                         {day(), clinic})
-                                 .rows)
+        const auto rows = ws->connect()->query(
+            QStringLiteral("SELECT EmpID, NumOfPat FROM vwDocMinNumOfPat WHERE \"Date\" = ? "
+                           "AND ClinicID = ? AND IsOff = 0 ORDER BY EmpID"),
+            {day(), clinic});
+        for (const auto& r : rows.rows)
             out << r.text(u"EmpID") + QLatin1Char('=') + r.text(u"NumOfPat");
         return out;
     }
