@@ -56,6 +56,15 @@ QString DoctorAllocation::waitListSql()
                           "FROM vwDocWaitingListGrouped WHERE \"Date\" = ? ORDER BY \"Doctor\"");
 }
 
+QString DoctorAllocation::docWaitSql()
+{
+    return QStringLiteral("SELECT DISTINCT \"Date\", RoomNo AS \"RoomNo\", "
+                          "ClinicName AS \"ClinicName\", Doctor AS \"Doctor\", "
+                          "Patient AS \"Patient\" FROM vwDocWaitingList "
+                          "WHERE \"Date\" = ? AND empID = ? AND ClinicID = ? "
+                          "ORDER BY \"Patient\"");
+}
+
 int DoctorAllocation::purgePastAssignments()
 {
     return m_c.exec(QStringLiteral("DELETE FROM hConRoomAssign WHERE schdDate < ?"), {m_today});

@@ -39,6 +39,8 @@ public:
 
     // The statement and values of the doctors' queue for today (grdDoc).
     static QString waitListSql();
+    // The patients behind one doctor's count (frmDocWait); values: date, empID, clinic ID.
+    static QString docWaitSql();
     // Assignments of past days are dropped whenever the queue is refreshed.
     int purgePastAssignments();
 

@@ -7,6 +7,15 @@ QString make(const QString& text, const QString& key)
     return text + QStringLiteral(" [") + key + QLatin1Char(']');
 }
 
+QStringList fromRows(const std::vector<db::Row>& rows, QStringView text, QStringView key)
+{
+    QStringList out;
+    out.reserve(qsizetype(rows.size()));
+    for (const db::Row& r : rows)
+        out << make(r.text(text), r.text(key));
+    return out;
+}
+
 QString key(const QString& entry)
 {
     const qsizetype open = entry.indexOf(QLatin1Char('['));

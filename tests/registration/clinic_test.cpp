@@ -6,6 +6,9 @@
 
 #include "clinical/doctorallocation.h"
 
+#include <QApplication>
+#include <QTimer>
+
 using namespace tolmar;
 using namespace tolmar::test;
 using namespace Qt::StringLiterals;
@@ -83,22 +86,33 @@ TEST_P(ClinicChoice, WithRoomsOnlyDoctorsSittingInARoomAndNotSignedOffAreListed)
     ws->setDefault(u"Assign_Doctors_to_Consulting_Rooms"_s, u"YES"_s);
     assignRoom(kToday.addDays(-1), u"RM 1"_s, u"DOC003"_s);
     frmPatientsNew& s = editing(kCompany);
-    pick(&s, "cboClin", u"GENERAL"_s);
-    ASSERT_NE(desk->prompter.last(), nullptr);
-    EXPECT_EQ(desk->prompter.last()->text,
-              u"Please Assign Doctors to Consulting Rooms before Attendance can "
-              "be Taken"_s);
-    EXPECT_EQ(desk->prompter.last()->title, u"OK"_s);
+    // The rooms screen comes up over the desk, which puts a doctor in a room there.
+    QString cameUp;
+    QTimer::singleShot(0, [&] {
+        QWidget* rooms = QApplication::activeModalWidget();
+        ASSERT_NE(rooms, nullptr);
+        cameUp = rooms->windowTitle();
+        pick(rooms, "cboVehNo", QStringLiteral("RM 2"));
+        pick(rooms, "cboReason", QStringLiteral("DR FOLAKE BAKARE"));
+        desk->prompter.answerYes();
+        click(rooms, "OKButton");
+        rooms->close();
+    });
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
+    EXPECT_EQ(cameUp, QStringLiteral("Assign Doctors"));
+    EXPECT_TRUE(desk->prompter.saw(QStringLiteral("Please Assign Doctors to Consulting Rooms "
+                                                  "before Attendance can be Taken")));
+    EXPECT_EQ(desk->prompter.messages().front().title, QStringLiteral("OK"));
+    EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
     EXPECT_EQ(combo(&s, "cboClin")->currentIndex(), -1);
     EXPECT_EQ(combo(&s, "cboDoc")->count(), 0);
 
     desk->prompter.clear();
-    assignRoom(kToday, u"RM 2"_s, u"DOC002"_s);
-    assignRoom(kToday, u"RM 1"_s, u"DOC001"_s, 1);  // signed off
-    assignRoom(kToday, u"RM 3"_s, u"DOC003"_s);
-    addPatient({u"001/000000015"_s, u"Y"_s});
-    addVisit(u"001/000000015"_s, kToday, u"DOC002"_s);
-    pick(&s, "cboClin", u"GENERAL"_s);
+    assignRoom(kToday, QStringLiteral("RM 1"), QStringLiteral("DOC001"), 1);  // signed off
+    assignRoom(kToday, QStringLiteral("RM 3"), QStringLiteral("DOC003"));
+    addPatient({QStringLiteral("001/000000015"), QStringLiteral("Y")});
+    addVisit(QStringLiteral("001/000000015"), kToday, QStringLiteral("DOC002"));
+    pick(&s, "cboClin", QStringLiteral("GENERAL"));
     EXPECT_EQ(items(combo(&s, "cboDoc")), (QStringList{"DR FOLAKE BAKARE @ RM 2 [DOC002]",
                                                         "DR IBRAHIM MUSA @ RM 3 [DOC003]"}));
     EXPECT_EQ(combo(&s, "cboDoc")->currentText(), u"DR IBRAHIM MUSA @ RM 3 [DOC003]"_s);

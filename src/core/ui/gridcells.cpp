@@ -1,5 +1,7 @@
 #include "core/ui/gridcells.h"
 
+#include "core/ui/formbuilder.h"
+
 #include <QAbstractItemModel>
 #include <QStringList>
 #include <QTableView>
@@ -34,6 +36,15 @@ void hideColumns(QTableView* view, const QStringList& captions)
         if (c >= 0)
             view->setColumnHidden(c, true);
     }
+}
+
+void replaceModel(QTableView* view, QAbstractItemModel* model, const QStringList& hidden)
+{
+    QAbstractItemModel* old = view->model();
+    view->setModel(model);
+    delete old;
+    hideColumns(view, hidden);
+    ui::fitColumns(view);
 }
 
 }  // namespace tolmar::grid

@@ -2,6 +2,7 @@
 // Reading a grid's cells by column caption (any case).
 
 #include <QString>
+#include <QStringList>
 
 class QAbstractItemModel;
 class QTableView;
@@ -14,5 +15,9 @@ int columnOf(const QAbstractItemModel* model, const QString& caption);
 QString currentText(const QTableView* view, const QString& caption);
 // Hides the named columns.
 void hideColumns(QTableView* view, const QStringList& captions);
+// Shows a fresh model (a refresh), hides the named columns and fits the rest; the old
+// model and its rows go at once.
+void replaceModel(QTableView* view, QAbstractItemModel* model,
+                  const QStringList& hidden = {});
 
 }  // namespace tolmar::grid
