@@ -3,9 +3,12 @@
 // edits patients, looks them up, and takes the first attendance with the same save.
 
 #include "patients/registrationform.h"
+#include "platform/prompt.h"
 
 #include <QVariantMap>
 #include <QWidget>
+
+#include <optional>
 
 class QCheckBox;
 class QComboBox;
@@ -75,9 +78,15 @@ private:
     void cmdPatDepClick();
     // Empties the person's own fields and starts adding a dependant of `principal`.
     void addDependantOf(const QString& principal);
+    // The quick search's buttons: by name, card number and telephone, no limit.
+    void searchByButton(const QString& mode, const QString& blankMessage);
     void cmdCardClick();
-    // Lists the patients holding a card number, as the desk's search does.
-    void showCardSearch(const QString& card);
+    // Every change of txtName: a name search of its own after SearchWaitTime.
+    void txtNameChanged(const QString& text);
+    // The desk's search into grdData; a failure keeps the grid as it was.
+    void runSearch(const QString& mode, int limit, const QString& text);
+    // A double click on grdData: the patient loaded and in Edit, with its note shown.
+    void grdDataDoubleClicked(int row);
     void cmdAttendClick();
     void cmdANCClick();
     void cmdCommClick();
@@ -126,15 +135,27 @@ private:
     QString m_principalPNo;
     QString m_selectedPurpose;
     QString m_lastSurnameChecked;
-    QString m_lastCardSearch;  // what the list shows when it is not today's registrations
+    // The search the list shows when it is not today's registrations, to run again after
+    // a deletion; empty text: the registrations.
+    QString m_searchMode;
+    QString m_lastSearchText;
+    int m_lastSearchLimit = 0;
+    // Incremental searches waiting for their time; the hourglass stays while any does.
+    int m_pendingSearches = 0;
+    int m_searchGeneration = 0;  // the newest search asked for
+    std::optional<Prompter::BusyGuard> m_searchBusy;
     double m_carryOverDebt = 0;
     double m_screeningAmount = 0;
     double m_consultationAmount = 0;
     bool m_pendingCardRenewal = false;
 
     // Controls, in tab order.
+    QLabel* m_label5 = nullptr;
     QLineEdit* m_txtName = nullptr;
+    QPushButton* m_cmdOK = nullptr;
     QPushButton* m_cmdCard = nullptr;
+    QPushButton* m_cmdSys = nullptr;
+    QLabel* m_lblFound = nullptr;
     QTabWidget* m_tabs = nullptr;
     QComboBox* m_cboNew = nullptr;
     QComboBox* m_cboTitle = nullptr;
