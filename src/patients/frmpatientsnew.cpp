@@ -11,6 +11,7 @@
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
+#include "patients/duplicatecheck.h"
 #include "patients/patientrecord.h"
 #include "patients/patientrepo.h"
 #include "patients/patientsearch.h"
@@ -21,6 +22,7 @@
 #include <QAbstractItemView>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDebug>
 #include <QKeyEvent>
 #include <QCheckBox>
 #include <QComboBox>
@@ -34,6 +36,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPixmap>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
@@ -144,7 +147,7 @@ void frmPatientsNew::buildForm()
     auto* searchLabel = new QLabel(QStringLiteral("Quick Search "), search);
     m_txtName = new QLineEdit(search);
     m_txtName->setObjectName(QStringLiteral("txtName"));
-    m_txtName->setPlaceholderText(QStringLiteral("Name, card or telephone number"));
+    m_txtName->setPlaceholderText(QStringLiteral("Name, card or phone"));
     m_txtName->setMaximumWidth(220);
     searchLabel->setBuddy(m_txtName);
     auto searchButton = [&](const char* name, const char* caption) {
@@ -264,6 +267,18 @@ void frmPatientsNew::buildPersonal(QWidget* column)
     m_txtAge = f.text(QStringLiteral("txtAge"), QStringLiteral("Age (Yrs)"));
     m_txtAge->setToolTip(QStringLiteral("Type the age in years to set the date of birth"));
     m_cboMat = f.combo(QStringLiteral("cboMat"), QStringLiteral("Patient Maturity"));
+    // Shown only while a new patient resembles someone on file.
+    m_fraDuplicates = new QGroupBox(QStringLiteral("Likely duplicates"), column);
+    m_fraDuplicates->setObjectName(QStringLiteral("fraDuplicates"));
+    auto* dv = new QVBoxLayout(m_fraDuplicates);
+    dv->setContentsMargins(4, 2, 4, 4);
+    m_lstDuplicates = new QListWidget(m_fraDuplicates);
+    m_lstDuplicates->setObjectName(QStringLiteral("lstDuplicates"));
+    m_lstDuplicates->setMaximumHeight(72);
+    m_lstDuplicates->setFocusPolicy(Qt::NoFocus);
+    dv->addWidget(m_lstDuplicates);
+    m_fraDuplicates->hide();
+    v->addWidget(m_fraDuplicates);
     v->addStretch(1);
 }
 
@@ -481,6 +496,9 @@ void frmPatientsNew::connectRules()
     connect(m_dtDate, &QDateEdit::dateChanged, this, &frmPatientsNew::dobChanged);
     connect(m_chkReg, &QCheckBox::toggled, this, &frmPatientsNew::attendanceTicked);
     connect(m_txtSurname, &QLineEdit::editingFinished, this, &frmPatientsNew::surnameLeft);
+    for (QLineEdit* e : {m_txtSurname, m_txtFirstName, m_txtPhone, m_txtAge})
+        connect(e, &QLineEdit::editingFinished, this, &frmPatientsNew::showLikelyDuplicates);
+    connect(m_dtDate, &QDateEdit::editingFinished, this, &frmPatientsNew::showLikelyDuplicates);
     connect(m_grdData, &QTableView::doubleClicked, this, [this](const QModelIndex& i) {
         if (m_mode == Mode::View && i.isValid())
             grdDataDoubleClicked(i.row());
@@ -580,6 +598,8 @@ void frmPatientsNew::clearFields()
     m_cmdANC->setEnabled(false);
     m_cmdRenew->setEnabled(false);
     m_cmdPatDep->setEnabled(false);
+    m_lstDuplicates->clear();
+    m_fraDuplicates->hide();
 }
 
 void frmPatientsNew::cmdAddClick()
@@ -1241,6 +1261,25 @@ void frmPatientsNew::debtDoubleClicked()
     m_carryOverDebt = parseAmount(*answer);
     m_ctx.session().currentBalance = m_carryOverDebt;
     m_lblDebt->setText(fmt::money(m_carryOverDebt));
+}
+
+void frmPatientsNew::showLikelyDuplicates()
+{
+    m_lstDuplicates->clear();
+    std::vector<patients::DuplicateCandidate> found;
+    if (m_mode == Mode::Add && !m_isLoadingRow) {
+        // A failure here costs the desk nothing but the list: no box in the middle of typing.
+        try {
+            found = patients::likelyDuplicates(
+                m_ctx.db(), {m_txtSurname->text(), m_txtFirstName->text(), ui::dateOf(m_dtDate),
+                             m_txtPhone->text()});
+        } catch (const db::DbError& e) {
+            qWarning().noquote() << "likely duplicates not looked for:" << e.description();
+        }
+    }
+    for (const auto& d : found)
+        m_lstDuplicates->addItem(QStringLiteral("%1 (%2): %3").arg(d.name, d.pno, d.reason));
+    m_fraDuplicates->setVisible(!found.empty());
 }
 
 void frmPatientsNew::surnameLeft()

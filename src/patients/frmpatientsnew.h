@@ -17,6 +17,7 @@ class QGroupBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class QListWidget;
 class QPushButton;
 class QTabWidget;
 class QTableView;
@@ -107,6 +108,8 @@ private:
     void attendanceTicked(bool on);
     void debtDoubleClicked();
     void surnameLeft();
+    // Lists the patients on file that the one being added may be; never asks anything.
+    void showLikelyDuplicates();
     void docGridDoubleClicked(int row);
     void showPhoto(const QString& pno);
 
@@ -170,6 +173,8 @@ private:
     QDateEdit* m_dtDate = nullptr;
     QLineEdit* m_txtAge = nullptr;
     QComboBox* m_cboMat = nullptr;
+    QGroupBox* m_fraDuplicates = nullptr;
+    QListWidget* m_lstDuplicates = nullptr;
     QLabel* m_piX = nullptr;
     QHBoxLayout* m_fileButtons = nullptr;
     QComboBox* m_cboFile = nullptr;
