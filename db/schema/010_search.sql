@@ -10,13 +10,16 @@ ALTER TABLE hPatients ADD COLUMN SearchName VARCHAR(260);
 -- Deleting a patient archives the row as it stands, every column.
 ALTER TABLE hpatientsArchive ADD COLUMN SearchName VARCHAR(260);
 
--- Search results come in folded-name order: a page of a common text is read off this
--- index in order, and the names still to fold (NULL) are found on it too.
-CREATE INDEX ix_hpatients_searchname ON hPatients (SearchName, PNo);
 -- Likely duplicates of a new patient are looked for among those born the same day.
 CREATE INDEX ix_hpatients_dob ON hPatients (DOB);
 
+-- Search results come in folded-name order: a page of a common text is read off an index
+-- in that order. On PostgreSQL the index is on "SearchName || ''", so that the planner,
+-- which cannot tell a rare bound text from a common one, never walks it for a plain
+-- "SearchName LIKE ?" (a rare text would read it whole): that one goes to the trigrams.
 --@postgres
+CREATE INDEX ix_hpatients_searchname ON hPatients ((SearchName || ''), PNo);
+CREATE INDEX ix_hpatients_unfolded ON hPatients (PNo) WHERE SearchName IS NULL;
 CREATE EXTENSION IF NOT EXISTS pg_trgm SCHEMA public;
 CREATE INDEX ix_hpatients_searchname_trgm ON hPatients USING gin (SearchName gin_trgm_ops);
 CREATE INDEX ix_hpatients_phone_trgm ON hPatients USING gin (pPhoneNo gin_trgm_ops);
@@ -33,6 +36,7 @@ FOR EACH ROW WHEN (NEW.psurname IS DISTINCT FROM OLD.psurname
                    OR NEW.pfirstName IS DISTINCT FROM OLD.pfirstName)
 EXECUTE FUNCTION hpatients_unfold();
 --@sqlite
+CREATE INDEX ix_hpatients_searchname ON hPatients (SearchName, PNo);
 -- The trigram table keeps its own copy of the two searched columns, by the patient row's
 -- rowid; the program never runs VACUUM, which could renumber those.
 CREATE VIRTUAL TABLE hPatientsFts USING fts5(PNo UNINDEXED, SearchName, PhoneNo,

@@ -32,7 +32,8 @@ constexpr int kFewMatches = 1000;
 struct Plan {
     QString keys;  // "SELECT PNo ... ORDER BY SearchName, PNo", without LIMIT
     QString count;
-    db::Params params;
+    db::Params params;       // of keys
+    db::Params countParams;  // of count
 };
 
 // GLOB is how SQLite's trigram table takes a pattern with a bound value: its LIKE with an
@@ -55,7 +56,7 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
         return {QStringLiteral("SELECT PNo FROM hPatients WHERE oldPno = ? "
                                "ORDER BY SearchName, PNo"),
                 QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"),
-                {text}};
+                {text}, {text}};
     const bool phone = mode == kSearchSysNo;
     if (!phone && mode != kSearchName)
         throw db::DbError(QStringLiteral("Unknown search mode: %1").arg(mode));
@@ -64,29 +65,42 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
     const QString typed = phone ? text : foldName(text);
     const QVariant pattern = lite ? globContains(typed) : like::contains(typed);
     // The matches as the trigram index gives them: the FTS5 table on SQLite (which keeps
-    // the folded name too), the GIN index on PostgreSQL. "|| ''" keeps PostgreSQL from
-    // walking the name index for a text it cannot estimate: a rare text would read it all.
-    const QString indexed =
-        lite ? QStringLiteral("FROM hPatientsFts WHERE %1 GLOB ?")
-                   .arg(phone ? QStringLiteral("PhoneNo") : column)
-             : QStringLiteral("FROM hPatients WHERE %1 LIKE ?").arg(column);
+    // the folded name too), the GIN index on PostgreSQL. On SQLite a text of three letters
+    // or more is a phrase of trigrams, which the table answers from its positions alone; a
+    // GLOB would read every candidate's text again. PostgreSQL's name index is on
+    // "SearchName || ''" (see the schema): a plain LIKE can only go to the trigrams, and
+    // the walk below names that expression to go to the name index.
+    QString indexed = QStringLiteral("FROM hPatients WHERE %1 LIKE ?").arg(column);
+    QVariant indexPattern = pattern;
+    if (lite) {
+        const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
+        if (typed.size() >= 3) {
+            indexed = QStringLiteral("FROM hPatientsFts WHERE hPatientsFts MATCH ?");
+            indexPattern = ftsColumn + QStringLiteral(" : \"") +
+                           QString(typed).replace(u'"', QStringLiteral("\"\"")) +
+                           QLatin1Char('"');
+        } else {
+            indexed = QStringLiteral("FROM hPatientsFts WHERE %1 GLOB ?").arg(ftsColumn);
+        }
+    }
     const QString sortIndexed = lite ? QStringLiteral(" ORDER BY SearchName, PNo")
                                      : QStringLiteral(" ORDER BY SearchName || '', PNo");
     const qint64 probe =
-        c.scalar(QStringLiteral("SELECT COUNT(*) FROM (SELECT PNo ") + indexed +
+        c.scalar(QStringLiteral("SELECT COUNT(*) FROM (SELECT 1 ") + indexed +
                      QStringLiteral(" LIMIT ?) m"),
-                 {pattern, kFewMatches})
+                 {indexPattern, kFewMatches})
             .toLongLong();
     const QString count = QStringLiteral("SELECT COUNT(*) ") + indexed;
     if (probe < kFewMatches)
-        return {QStringLiteral("SELECT PNo ") + indexed + sortIndexed, count, {pattern}};
+        return {QStringLiteral("SELECT PNo ") + indexed + sortIndexed, count, {indexPattern},
+                {indexPattern}};
     // A common text: the name index in order, each entry tested, until the page is full.
     const QString walk =
         lite ? QStringLiteral("SELECT PNo FROM hPatients INDEXED BY ix_hpatients_searchname "
                               "WHERE %1 GLOB ? ORDER BY SearchName, PNo")
              : QStringLiteral("SELECT PNo FROM hPatients WHERE (%1 || '') LIKE ? "
-                              "ORDER BY SearchName, PNo");
-    return {walk.arg(column), count, {pattern}};
+                              "ORDER BY SearchName || '', PNo");
+    return {walk.arg(column), count, {pattern}, {indexPattern}};
 }
 
 // The rows of vwhpatients for a page of numbers, in the page's order.
@@ -260,7 +274,7 @@ SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,
         if (limit > 0 || first.size() < size_t(kPage))
             out.found = qint64(first.size());
         else
-            out.found = c.scalar(plan.count, plan.params).toLongLong();
+            out.found = c.scalar(plan.count, plan.countParams).toLongLong();
         out.foundText = foundText(out.found);
         out.rows = new SearchRows(ctx, plan, out.found, std::move(first), parent);
     } catch (const db::DbError& e) {

@@ -90,6 +90,12 @@ TEST_P(QuickSearch, TypingSearchesAfterTheWaitAndEndsOnTheTextInTheBox)
     EXPECT_EQ(label5->text(), QStringLiteral("Patient Attendance / Registration"));
     EXPECT_TRUE(desk->prompter.messages().empty());  // the quote is data, not an error
 
+    // Typed over by a text too short for a search: the longer one's wait ends on a text
+    // that is gone, and the grid stays as it was.
+    type(QStringLiteral("adamu"));
+    type(QStringLiteral("ad"));
+    settle();
+    EXPECT_EQ(surnames(), QStringList{QStringLiteral("O'CONNOR")});
     // Too short, or a number being typed: no search, the grid stays.
     for (const char* typed : {"ok", "ok1", "080"}) {
         type(QString::fromUtf8(typed));

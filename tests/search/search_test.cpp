@@ -85,6 +85,7 @@ TEST_P(Search, FindsByEveryModeWithTypedCharactersAsData)
         {kSearchName, "", "o[ro]", 1, {"001/000000007"}},
         {kSearchName, "", "*star?", 1, {"001/000000007"}},
         {kSearchName, "", "[", 1, {"001/000000007"}},
+        {kSearchName, "", "r\"b", 0, {}},
         // SearchValue: 20 limits; "0", blank and anything but a whole number do not.
         {kSearchName, "20", "ada", 20, {"001/000000003"}},
         {kSearchName, "0", "ada", 62, {"001/000000003"}},
