@@ -1,13 +1,11 @@
 #include "patients/patientsearch.h"
 
 #include "core/appcontext.h"
-#include "core/formats.h"
 #include "core/likepattern.h"
 #include "platform/db.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -150,14 +148,7 @@ public:
         if (!i.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
             return {};
         const QVariant v = m_rows[size_t(i.row())].value(i.column());
-        if (role == Qt::EditRole)
-            return v;
-        // Dates in the short form whichever way the backend hands them over.
-        if (v.metaType().id() == QMetaType::QDate)
-            return fmt::shortDate(v.toDate());
-        static const QRegularExpression iso(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
-        const QString s = db::variantText(v);
-        return iso.match(s).hasMatch() ? fmt::shortDate(QDate::fromString(s, Qt::ISODate)) : s;
+        return role == Qt::EditRole ? v : db::displayValue(v);
     }
     QVariant headerData(int section, Qt::Orientation o, int role) const override
     {
