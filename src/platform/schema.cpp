@@ -38,7 +38,7 @@ struct Section {
 std::vector<Section> sections(const QString& text, Database defaultDb)
 {
     static const QRegularExpression marker(
-        QStringLiteral("^--@(?:db\\s+(\\w+)|(each-connection)|only\\s+(\\w+))\\s*$"),
+        QStringLiteral("^--@(?:db\\s+(\\w+)|(each-connection)|only\\s+(\\w+)|(end))\\s*$"),
         QRegularExpression::MultilineOption);
     std::vector<Section> out;
     Section current{defaultDb, QString(), false, std::nullopt};
@@ -52,7 +52,9 @@ std::vector<Section> sections(const QString& text, Database defaultDb)
     while (it.hasNext()) {
         const auto m = it.next();
         flush(m.capturedStart());
-        if (!m.captured(3).isEmpty()) {
+        if (!m.captured(4).isEmpty()) {
+            current = Section{current.db, QString(), false, std::nullopt};
+        } else if (!m.captured(3).isEmpty()) {
             const QString b = m.captured(3).toLower();
             if (b != u"sqlite" && b != u"postgres")
                 throw DbError(QStringLiteral("Unknown backend in script: %1").arg(b));

@@ -5,8 +5,9 @@
 // "--@each-connection" marks the views after it (to the next "--@db") as reading another
 // database: a view in the schema on PostgreSQL, a temporary view that every connection of
 // that database makes on SQLite. A line "--@only sqlite" (or "postgres") marks the statements
-// after it, to the next "--@db", as needed by that backend alone (SQLite's INSTEAD OF
-// triggers, where PostgreSQL updates a simple view by itself). Where the backends spell a
+// after it, to the next "--@db" or "--@end", as needed by that backend alone (SQLite's
+// INSTEAD OF triggers, where PostgreSQL updates a simple view by itself; the search indexes,
+// which are not the same kind of thing on the two). Where the backends spell a
 // thing differently the file says $TOKEN (see expandSchema). "ALTER TABLE t ADD COLUMN IF
 // NOT EXISTS c" works on both (SQLite's migrator looks the column up first), so a step can be
 // written to run again over itself. The versions applied are recorded in HOSPITAL's
