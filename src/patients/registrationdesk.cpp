@@ -41,7 +41,9 @@ PayerChoice payerChoice(db::Connection& c, const QString& entry)
 
 QStringList payerEntries(db::Connection& c, const QString& privateRetainID)
 {
-    QStringList out{listentry::make(QStringLiteral("(PRIVATE)"), privateRetainID)};
+    QStringList out;
+    if (!privateRetainID.isEmpty())
+        out << listentry::make(QStringLiteral("(PRIVATE)"), privateRetainID);
     const db::Result r = c.query(QStringLiteral(
         "SELECT DISTINCT RetainID, ClientName FROM vwhRetainerShip ORDER BY ClientName"));
     for (const db::Row& row : r.rows)
@@ -49,7 +51,7 @@ QStringList payerEntries(db::Connection& c, const QString& privateRetainID)
     return out;
 }
 
-QStringList planEntries(db::Connection& c, const QString& retainID)
+QStringList planEntries(db::Connection& c, const QString& retainID, PlanList shape)
 {
     const db::Result r = c.query(QStringLiteral("SELECT DISTINCT PlanName, PlanID FROM vwhmoPlan "
                                                 "WHERE retainID = ? ORDER BY PlanName"),
@@ -57,6 +59,8 @@ QStringList planEntries(db::Connection& c, const QString& retainID)
     QStringList out;
     for (const db::Row& row : r.rows)
         out << listentry::make(row.text(u"PlanName"), row.text(u"PlanID"));
+    if (shape == PlanList::Attendance)
+        return QStringList{QString(), QStringLiteral("NIL")} + out;
     if (out.isEmpty())
         out << QStringLiteral("NIL");
     return out;
@@ -124,7 +128,8 @@ double parseAmount(const QString& text)
     return ok ? v : 0.0;
 }
 
-PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID)
+PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID,
+                        std::optional<int> consultationService)
 {
     PurposeFees f;
     if (purpose == QLatin1String("SCREENING") || purpose == QLatin1String("EXEC-SCREENING") ||
@@ -135,8 +140,19 @@ PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString
     }
     f.purposeClass = purpose;
     if (purpose == QLatin1String("CONSULTATION") || purpose == QLatin1String("(CONSULTATION)"))
-        f.consultation = billing::consultationAmount(c, retainID);
+        f.consultation = consultationService
+                             ? billing::serviceAmount(c, *consultationService)
+                             : billing::consultationAmount(c, retainID);
     return f;
+}
+
+bool cardRunOut(db::Connection& c, const QString& pno, const QDate& expiry, const QDate& today)
+{
+    if (!expiry.isValid() || expiry > today)
+        return false;
+    if (!pno.isEmpty())
+        c.exec(QStringLiteral("UPDATE hPatients SET expired = 1 WHERE PNo = ?"), {pno});
+    return true;
 }
 
 void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out)
@@ -186,10 +202,7 @@ void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out)
         throw CheckFailed(QStringLiteral(" Please Specify Expiration Date for this Private "
                                          "Patient"),
                           QStringLiteral("dtExpDate"));
-    if (req.expiryDate <= s.serverDate) {
-        // Marked at once: the card is expired whether or not this visit is ever saved.
-        if (!req.pno.isEmpty())
-            c.exec(QStringLiteral("UPDATE hPatients SET expired = 1 WHERE PNo = ?"), {req.pno});
+    if (cardRunOut(c, req.pno, req.expiryDate, s.serverDate)) {
         out.renewEnabled = true;
         throw CheckFailed(QStringLiteral("Patient's Card has Expired"), clinicBox);
     }

@@ -55,24 +55,30 @@ inline void fillNewPrivate(QWidget* s, const QString& surname = QStringLiteral("
     pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
 }
 
-// Makes the database refuse the visit's timeline row, the last write of a save, so a save
-// fails after everything else of it was written; `on` false lifts the refusal. DDL goes
-// through execScript: the statements path prepares, and PostgreSQL prepares no CREATE.
-inline void refuseTimelineRows(const Workspace& ws, bool on)
+// Makes the database refuse new rows of a table ("{table in lower case} refused"), so a save fails after
+// what it wrote before that table; `on` false lifts the refusal. DDL goes through execScript:
+// the statements path prepares, and PostgreSQL prepares no CREATE.
+inline void refuseRowsOf(const Workspace& ws, const QString& table, bool on)
 {
     const bool lite = ws.backend() == db::Backend::Sqlite;
+    QString sql =
+        on ? (lite ? QStringLiteral("CREATE TRIGGER refuse_rows BEFORE INSERT ON %1 BEGIN "
+                                    "SELECT RAISE(ABORT, '%2 refused'); END;")
+                   : QStringLiteral("CREATE FUNCTION refuse_rows() RETURNS trigger AS $$ "
+                                    "BEGIN RAISE EXCEPTION '%2 refused'; END $$ LANGUAGE "
+                                    "plpgsql; CREATE TRIGGER refuse_rows BEFORE INSERT ON %1 "
+                                    "FOR EACH ROW EXECUTE FUNCTION refuse_rows();"))
+           : (lite ? QStringLiteral("DROP TRIGGER refuse_rows;")
+                   : QStringLiteral("DROP TRIGGER refuse_rows ON %1; DROP FUNCTION "
+                                    "refuse_rows();"));
     ws.connect()->execScript(
-        on ? (lite ? QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                    "hPatientsTimeline BEGIN SELECT RAISE(ABORT, "
-                                    "'timeline refused'); END;")
-                   : QStringLiteral("CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ "
-                                    "BEGIN RAISE EXCEPTION 'timeline refused'; END $$ LANGUAGE "
-                                    "plpgsql; CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                    "hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
-                                    "refuse_timeline();"))
-           : (lite ? QStringLiteral("DROP TRIGGER refuse_timeline;")
-                   : QStringLiteral("DROP TRIGGER refuse_timeline ON hPatientsTimeline; "
-                                    "DROP FUNCTION refuse_timeline();")));
+        sql.replace(QStringLiteral("%1"), table).replace(QStringLiteral("%2"), table.toLower()));
+}
+
+// The visit's timeline row is the last write of a registration save.
+inline void refuseTimelineRows(const Workspace& ws, bool on)
+{
+    refuseRowsOf(ws, QStringLiteral("hPatientsTimeline"), on);
 }
 
 class RegistrationTest : public BackendTest {

@@ -1,0 +1,7 @@
+-- The desk's list of today's visits is read newest first on every refresh: with the visit's
+-- key beside its date in one index, a busy day's rows come in that order without a sort,
+-- and the list shows its first page at once.
+--@db HOSPITAL
+
+DROP INDEX ix_hrecords_recdate;
+CREATE INDEX ix_hrecords_recdate ON hRecords (recDate, recID);
