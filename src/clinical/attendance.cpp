@@ -12,6 +12,8 @@
 #include "platform/db.h"
 #include "platform/prompt.h"
 
+#include <QRegularExpression>
+
 #include <vector>
 
 namespace tolmar::clinical {
@@ -33,6 +35,19 @@ QString orNo(const QString& v) { return v.isEmpty() ? QStringLiteral("NO") : v; 
 bool isSplitBill(const QString& consultID)
 {
     return consultID.size() == 13 && consultID.mid(3, 3) != QLatin1String("OFL");
+}
+
+QString completeSystemNo(const QString& hospitalNo, const QString& typed)
+{
+    const QString text = typed.trimmed();
+    if (text.contains(QLatin1Char('/')))
+        return text;
+    static const QRegularExpression digits(QStringLiteral("^[0-9]{1,9}$"));
+    if (!digits.match(text).hasMatch())
+        throw CheckFailed(QStringLiteral("Type the digits of the System No (9 at most), or the "
+                                         "whole number with its \"/\""),
+                          QStringLiteral("txtName"));
+    return QStringLiteral("%1/%2").arg(hospitalNo, text.rightJustified(9, QLatin1Char('0')));
 }
 
 QString patientEntry(db::Connection& c, const QString& pno)

@@ -45,6 +45,11 @@ struct PickedPatient {
     bool clearScreen = false;  // registration incomplete: the screen starts again
 };
 
+// The "System No" search text: typed without "/", it is completed to the hospital number,
+// "/" and the number padded with zeros to nine digits. Letters, or more than nine digits,
+// name no System No and are refused.
+QString completeSystemNo(const QString& hospitalNo, const QString& typed);
+
 // The patient's details and the payer's billing code, with no checks: what an edited visit
 // loads. found stays false when there is no such patient.
 PickedPatient readPatient(db::Connection& c, const QString& pno);

@@ -304,7 +304,10 @@ void frmRecords::clearFields()
     m_purposeClass.clear();
     m_consultFee = 0;
     m_screeningFee = 0;
-    m_ctx.session().renewalFlag = false;
+    Session& session = m_ctx.session();
+    session.CardRenewedFlag = false;
+    session.renewedPNo.clear();
+    session.renewedExpiryDate = QDate();
     m_cmdRenew->setEnabled(false);
 }
 
@@ -582,10 +585,20 @@ void frmRecords::cmdDelClick()
 
 void frmRecords::cmdRenewClick()
 {
+    Session& s = m_ctx.session();
+    s.renewedPNo.clear();
+    s.renewedExpiryDate = QDate();
     m_ctx.screens().openModal(QStringLiteral("frmRenew"),
                               {{QStringLiteral("PNo"), m_patient.pno},
-                               {QStringLiteral("Name"), m_patient.fullName},
-                               {QStringLiteral("Tag"), QStringLiteral("RECORDS")}});
+                               {QStringLiteral("name"), m_patient.fullName},
+                               {QStringLiteral("tag"), QStringLiteral("RECORDS")}});
+    if (m_patient.pno.isEmpty() || s.renewedPNo != m_patient.pno ||
+        !s.renewedExpiryDate.isValid())
+        return;
+    // The card now runs to the new date: a clinic can be chosen again.
+    m_patient.expiryDate = s.renewedExpiryDate;
+    m_lblExpire->setText(fmt::shortDate(s.renewedExpiryDate));
+    m_cmdRenew->setEnabled(false);
 }
 
 void frmRecords::okButtonClick()
@@ -631,7 +644,10 @@ clinical::AttendanceForm frmRecords::attendanceForm() const
     f.enrolleeNo = m_txtEmp->text();
     f.refConsultID = m_refConsultID;
     f.debtToCarry = m_debtToCarry;
-    f.cardRenewed = m_ctx.session().renewalFlag;
+    // Only the card of the patient on the screen: a renewal left over from another patient
+    // is not this visit's to bill.
+    const Session& s = m_ctx.session();
+    f.cardRenewed = s.CardRenewedFlag && s.renewedPNo == m_patient.pno;
     return f;
 }
 
