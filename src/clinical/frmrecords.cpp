@@ -8,6 +8,7 @@
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
 #include "patients/patientrepo.h"
+#include "patients/patientsearch.h"
 #include "patients/registrationdesk.h"
 
 #include <QAbstractItemModel>
@@ -236,11 +237,13 @@ void frmRecords::loadLists()
 
 void frmRecords::connectRules()
 {
-    connect(m_cmdOK, &QPushButton::clicked, this, [this] { find(QStringLiteral("Surname")); });
+    // Enter in the search box is the name search, the one the desk uses most.
+    for (auto [signalOf, mode] :
+         {std::pair{m_cmdOK, patients::kSearchNamePrefix},
+          {m_cmdCard, patients::kSearchCardNo}, {m_cmdSys, patients::kSearchPNo}})
+        connect(signalOf, &QPushButton::clicked, this, [this, m = mode] { find(m); });
     connect(m_txtName, &QLineEdit::returnPressed, this,
-            [this] { find(QStringLiteral("Surname")); });
-    connect(m_cmdCard, &QPushButton::clicked, this, [this] { find(QStringLiteral("CardNo")); });
-    connect(m_cmdSys, &QPushButton::clicked, this, [this] { find(QStringLiteral("SysNo")); });
+            [this] { find(patients::kSearchNamePrefix); });
     connect(m_cboVehNo, &QComboBox::currentIndexChanged, this, [this](int i) {
         if (!m_loading && i >= 0)
             pickPatient(m_cboVehNo->itemText(i));
@@ -364,7 +367,55 @@ QString frmRecords::cell(const QString& caption) const
 
 void frmRecords::find(const QString& mode)
 {
-    Q_UNUSED(mode);
+    QString text = m_txtName->text().trimmed();
+    QString searchMode = patients::kSearchCardNo;
+    if (mode == patients::kSearchNamePrefix || mode == patients::kSearchCardNo) {
+        if (text.isEmpty()) {
+            m_ctx.prompter().inform(
+                mode == patients::kSearchCardNo
+                    ? QStringLiteral("To locate a patient, Enter Card No and click 'Card No' "
+                                     "Button")
+                    : QStringLiteral("To locate a patient, Enter few Letters and click OK "
+                                     "Button"));
+            m_txtName->setFocus();
+            return;
+        }
+        searchMode = mode;
+    } else {
+        if (!runCommand(this, m_ctx, [&] {
+                text = clinical::completeSystemNo(m_ctx.session().hospitalNo, text);
+            }))
+            return;
+        m_txtName->setText(text);
+        searchMode = patients::kSearchPNo;
+    }
+    auto busy = m_ctx.prompter().busy();
+    const patients::SearchOutcome found =
+        patients::searchPatients(m_ctx, searchMode, 0, text, m_grdData);
+    if (found.failed()) {
+        m_ctx.prompter().inform(found.error);
+        return;
+    }
+    QAbstractItemModel* rows = found.rows;
+    QStringList entries;
+    const int name = grid::columnOf(rows, QStringLiteral("FullName"));
+    const int pno = grid::columnOf(rows, QStringLiteral("pno"));
+    for (int r = 0; r < rows->rowCount(); ++r)
+        entries << listentry::make(rows->index(r, name).data(Qt::EditRole).toString().trimmed(),
+                                   rows->index(r, pno).data(Qt::EditRole).toString());
+    m_loading = true;
+    ui::fillQuietly(m_cboVehNo, entries);
+    m_loading = false;
+    m_isFound = true;
+    if (m_isEdit) {
+        delete rows;  // while a visit is edited the list stays on today's visits
+        return;
+    }
+    replaceModel(m_grdData, rows);
+    grid::hideColumns(m_grdData, {QStringLiteral("expired"), QStringLiteral("coyname"),
+                                  QStringLiteral("fullname")});
+    ui::fitColumns(m_grdData, 220);
+    m_lblFound->setText(found.foundText);
 }
 
 void frmRecords::pickPatient(const QString& entry)

@@ -24,6 +24,9 @@ namespace tolmar::patients {
 inline const QString kSearchName = QStringLiteral("Name");
 inline const QString kSearchCardNo = QStringLiteral("CardNo");
 inline const QString kSearchSysNo = QStringLiteral("SysNo");  // the telephone search
+// The attendance screen's: names that begin with the text, and one System No exactly.
+inline const QString kSearchNamePrefix = QStringLiteral("NamePrefix");
+inline const QString kSearchPNo = QStringLiteral("PNo");
 
 struct SearchOutcome {
     // The rows of vwhpatients found, ordered by FullName, for a grid; owned by the parent
@@ -40,7 +43,7 @@ struct SearchOutcome {
     bool failed() const { return !error.isEmpty(); }
 };
 
-// Searches by mode ("Name", "CardNo" or "SysNo") for the trimmed text, at most `limit`
+// Searches by mode ("Name", "CardNo", "SysNo", "NamePrefix" or "PNo") for the trimmed text, at most `limit`
 // rows (0: no limit). Blank text finds nothing and reads "0 Records Found". Never throws:
 // a failure comes back in `error`.
 SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,

@@ -40,16 +40,19 @@ protected:
     QString label(const char* name) const { return child<QLabel>(rec.get(), name)->text(); }
 };
 
-TEST_P(Attendance, AVisitTakenWritesItsRowItsLineAndClaimsWhatWaited)
+TEST_P(Attendance, AVisitFoundTakenAndSavedWritesItsRowItsLineAndClaimsWhatWaited)
 {
-    // A renewal billed at registration waits for the patient's next visit; so does a referral.
+    // A renewal billed at registration waits for the patient's next visit.
     ws->exec(QStringLiteral("INSERT INTO billAccum (dtDate, drgName, Price, PNo, consultID) "
                             "VALUES (?, 'CARD RENEWAL FEE', 1500, ?, '')"),
              {kToday, kAdebayo});
-    ws->exec(QStringLiteral("INSERT INTO hreferal (consultID, PNo, referto) "
-                            "VALUES ('001000000077', ?, 'GENERAL')"),
-             {kAdebayo});
-    frmRecords& s = records({{"PNo", kAdebayo}, {"RefConsultID", "001000000077"}});
+    frmRecords& s = records();
+    edit(&s, "txtName")->setText(QStringLiteral("adeb"));
+    click(&s, "cmdOK");
+    EXPECT_EQ(label("lblFound"), QStringLiteral("1 Records Found"));
+    EXPECT_EQ(items(combo(&s, "cboVehNo")), QStringList{"ADEBAYO TOLU [001/000000001]"});
+    doubleClickRow(visits(), 0);  // a patient found: a new visit for that patient
+    EXPECT_FALSE(s.isFound());
     EXPECT_EQ(label("Label5"), QStringLiteral("ADEBAYO TOLU"));
     EXPECT_EQ(label("lblNo"), kAdebayo);
     EXPECT_EQ(combo(&s, "cboPat")->currentText(), QStringLiteral("HYLOVA HMO [0004]"));
@@ -75,7 +78,6 @@ TEST_P(Attendance, AVisitTakenWritesItsRowItsLineAndClaimsWhatWaited)
     EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM billAccum WHERE consultID = ?"),
                     {consultID}),
               2);
-    EXPECT_EQ(count(QStringLiteral("SELECT attendedto FROM hreferal")), 1);
     expectColumns(ws->connect()->queryOne(QStringLiteral("SELECT * FROM hPatients")),
                   {"ref=NO", "HmoRef=NO", "policyType=NIL", "empno=HY/77", "clientCatID=HMO"});
     EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM AuditTrail WHERE TranCode = ? AND "
@@ -218,6 +220,40 @@ TEST_P(Attendance, PickingRefusesWhatRegistrationLeftOutAndWarnsOfAnExpiredCard)
     EXPECT_TRUE(s.attendanceForm().pno.isEmpty());
 }
 
+TEST_P(Attendance, FindingAnswersEveryTextClearly)
+{
+    struct Case {
+        QString typed;
+        const char* button;
+        QString message;  // "" when the search runs
+        QString shownAfter;
+        int found;
+    };
+    frmRecords& s = records();
+    const QString digitsOnly =
+        QStringLiteral("Type the digits of the System No (9 at most), or the whole number with "
+                       "its \"/\"");
+    for (const Case& c :
+         {Case{"", "cmdOK", "To locate a patient, Enter few Letters and click OK Button", "", 0},
+          Case{"", "cmdCard", "To locate a patient, Enter Card No and click 'Card No' Button",
+               "", 0},
+          Case{"ab1", "cmdSys", digitsOnly, "ab1", 0},
+          Case{"12345678901", "cmdSys", digitsOnly, "12345678901", 0},
+          Case{"1", "cmdSys", "", "001/000000001", 1},
+          Case{"001/26/000001", "cmdCard", "", "001/26/000001", 1},
+          Case{"TOLU", "cmdOK", "", "TOLU", 0}}) {
+        SCOPED_TRACE(c.typed.toStdString() + " " + c.button);
+        desk->prompter.clear();
+        edit(&s, "txtName")->setText(c.typed);
+        click(&s, c.button);
+        EXPECT_EQ(desk->prompter.lastText(), c.message);
+        EXPECT_EQ(edit(&s, "txtName")->text(), c.shownAfter);
+        if (c.message.isEmpty())
+            EXPECT_EQ(label("lblFound"), QStringLiteral("%1 Records Found").arg(c.found));
+    }
+    EXPECT_TRUE(s.isFound());
+}
+
 TEST_P(Attendance, PurposesSetTheirClassAndAScreeningVisitIsRecorded)
 {
     ws->exec(QStringLiteral("INSERT INTO hClinicPurpose (Purpose) VALUES ('(CONSULTATION)'), "
@@ -229,8 +265,11 @@ TEST_P(Attendance, PurposesSetTheirClassAndAScreeningVisitIsRecorded)
         QString purposeClass;
         QString message;
     };
-    frmRecords& s = records();
-    pickPatient(kAdebayo);
+    ws->exec(QStringLiteral("INSERT INTO hreferal (consultID, PNo, referto) "
+                            "VALUES ('001000000077', ?, 'GENERAL')"),
+             {kAdebayo});
+    // Opened from a referral for the patient: the visit honours it.
+    frmRecords& s = records({{"PNo", kAdebayo}, {"RefConsultID", "001000000077"}});
     for (const Case& c : {Case{"(CONSULTATION)", true, "(CONSULTATION)", ""},
                           Case{"APPOINTMENT", false, "APPOINTMENT", "Specify Clinic"},
                           Case{"PRE-EMPLOYMENT", true, "SCREENING", ""},
@@ -243,6 +282,7 @@ TEST_P(Attendance, PurposesSetTheirClassAndAScreeningVisitIsRecorded)
         EXPECT_EQ(desk->prompter.lastText(), c.message);
     }
     save();
+    EXPECT_EQ(count(QStringLiteral("SELECT attendedto FROM hreferal")), 1);
     EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM hhScreeningAttnd h JOIN hRecords r ON "
                                    "r.consultID = h.consultID WHERE h.Remarks = 'SCREENING'")),
               1);
