@@ -36,4 +36,15 @@ void hideColumns(QTableView* view, const QStringList& captions)
     }
 }
 
+void replaceModel(QTableView* view, QAbstractItemModel* model)
+{
+    QAbstractItemModel* old = view->model();
+    view->setModel(model);
+    if (old && old != model)
+        old->deleteLater();
+    if (model)
+        for (int c = 0; c < model->columnCount(); ++c)
+            view->setColumnHidden(c, false);
+}
+
 }  // namespace tolmar::grid

@@ -14,5 +14,8 @@ int columnOf(const QAbstractItemModel* model, const QString& caption);
 QString currentText(const QTableView* view, const QString& caption);
 // Hides the named columns.
 void hideColumns(QTableView* view, const QStringList& captions);
+// Shows another list in the grid: the old rows are let go and no column stays hidden
+// from the list before.
+void replaceModel(QTableView* view, QAbstractItemModel* model);
 
 }  // namespace tolmar::grid
