@@ -26,6 +26,8 @@ frmPhoneBook::frmPhoneBook(AppContext& ctx, const QVariantMap&, QWidget* parent)
     ui::FormBuilder f(this);
     m_dtStart = f.date(QStringLiteral("dtStart"), QStringLiteral("From"));
     m_dtEnd = f.date(QStringLiteral("dtEnd"), QStringLiteral("To"));
+    for (QDateEdit* d : {m_dtStart, m_dtEnd})
+        d->setMaximumWidth(d->sizeHint().width() + 40);
     m_lblShow = f.label(QStringLiteral("lblShow"), kPhoneBookTitle);
     m_lblShow->setStyleSheet(QStringLiteral("font-weight: bold; color: #1b4f9c;"));
     m_grid = f.grid(QStringLiteral("grdData"));

@@ -23,10 +23,12 @@ frmSearch::frmSearch(AppContext& ctx, const QVariantMap&, QWidget* parent)
     m_cboItem = f.combo(QStringLiteral("cboItem"), QStringLiteral("Records of"));
     m_cboItem->addItems(patients::recordItems());
     m_cboItem->setCurrentIndex(-1);
+    m_cboItem->setMaximumWidth(m_cboItem->sizeHint().width());
     m_lblDisplay = f.label(QStringLiteral("lblDisplay"), QString());
     m_lblDisplay->setStyleSheet(QStringLiteral("font-weight: bold;"));
     m_grid = f.grid(QStringLiteral("grdData"));
     m_grid->installEventFilter(this);
+    m_grid->setToolTip(QStringLiteral("Press Delete to remove the chosen row"));
     auto* refresh = f.button(QStringLiteral("cmdRefresh"), QStringLiteral("Refresh"));
     // Kept for the desk that looks for them; rows are deleted from the grid itself.
     f.button(QStringLiteral("cmdEdit"), QStringLiteral("Edit"));
