@@ -7,18 +7,23 @@
 #include "core/command.h"
 #include "core/formats.h"
 #include "core/listentry.h"
+#include "core/patientinfo.h"
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
 #include "patients/cardrenewal.h"
+#include "patients/duplicatecheck.h"
 #include "patients/patientrecord.h"
 #include "patients/patientrepo.h"
+#include "patients/patientsearch.h"
 #include "patients/registrationdesk.h"
+#include "platform/db.h"
 
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDebug>
 #include <QKeyEvent>
 #include <QCheckBox>
 #include <QComboBox>
@@ -32,6 +37,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPixmap>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
@@ -137,18 +143,31 @@ void frmPatientsNew::buildForm()
     auto* search = new QWidget(this);
     auto* searchRow = new QHBoxLayout(search);
     searchRow->setContentsMargins(0, 0, 4, 2);
-    auto* searchLabel = new QLabel(QStringLiteral("Card No:"), search);
+    m_label5 = new QLabel(kTitle, search);
+    m_label5->setObjectName(QStringLiteral("Label5"));
+    auto* searchLabel = new QLabel(QStringLiteral("Quick Search "), search);
     m_txtName = new QLineEdit(search);
     m_txtName->setObjectName(QStringLiteral("txtName"));
-    m_txtName->setPlaceholderText(QStringLiteral("Hospital Card No"));
-    m_txtName->setMaximumWidth(260);
+    m_txtName->setPlaceholderText(QStringLiteral("Name, card or phone"));
+    m_txtName->setMaximumWidth(220);
     searchLabel->setBuddy(m_txtName);
-    m_cmdCard = new QPushButton(QStringLiteral("Card No"), search);
-    m_cmdCard->setObjectName(QStringLiteral("cmdCard"));
-    m_cmdCard->setAutoDefault(false);
-    searchRow->addWidget(searchLabel);
-    searchRow->addWidget(m_txtName);
-    searchRow->addWidget(m_cmdCard);
+    auto searchButton = [&](const char* name, const char* caption) {
+        auto* b = new QPushButton(QString::fromUtf8(caption), search);
+        b->setObjectName(QString::fromUtf8(name));
+        b->setAutoDefault(false);
+        return b;
+    };
+    m_cmdOK = searchButton("cmdOK", "By Name");
+    m_cmdCard = searchButton("cmdCard", "Card No");
+    m_cmdSys = searchButton("cmdSys", "Tel No");
+    m_lblFound = new QLabel(search);
+    m_lblFound->setObjectName(QStringLiteral("lblFound"));
+    m_lblFound->setMinimumWidth(110);
+    searchRow->addWidget(m_label5);
+    searchRow->addSpacing(12);
+    for (QWidget* w : std::initializer_list<QWidget*>{searchLabel, m_txtName, m_cmdOK, m_cmdCard,
+                                                       m_cmdSys, m_lblFound})
+        searchRow->addWidget(w);
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("SSTab1"));
@@ -249,6 +268,18 @@ void frmPatientsNew::buildPersonal(QWidget* column)
     m_txtAge = f.text(QStringLiteral("txtAge"), QStringLiteral("Age (Yrs)"));
     m_txtAge->setToolTip(QStringLiteral("Type the age in years to set the date of birth"));
     m_cboMat = f.combo(QStringLiteral("cboMat"), QStringLiteral("Patient Maturity"));
+    // Shown only while a new patient resembles someone on file.
+    m_fraDuplicates = new QGroupBox(QStringLiteral("Likely duplicates"), column);
+    m_fraDuplicates->setObjectName(QStringLiteral("fraDuplicates"));
+    auto* dv = new QVBoxLayout(m_fraDuplicates);
+    dv->setContentsMargins(4, 2, 4, 4);
+    m_lstDuplicates = new QListWidget(m_fraDuplicates);
+    m_lstDuplicates->setObjectName(QStringLiteral("lstDuplicates"));
+    m_lstDuplicates->setMaximumHeight(72);
+    m_lstDuplicates->setFocusPolicy(Qt::NoFocus);
+    dv->addWidget(m_lstDuplicates);
+    m_fraDuplicates->hide();
+    v->addWidget(m_fraDuplicates);
     v->addStretch(1);
 }
 
@@ -430,8 +461,19 @@ void frmPatientsNew::connectRules()
     connect(m_cmdDel, &QPushButton::clicked, this, &frmPatientsNew::cmdDelClick);
     connect(m_cmdRefresh, &QPushButton::clicked, this, &frmPatientsNew::cmdRefreshClick);
     connect(m_cancelButton, &QPushButton::clicked, this, &QWidget::close);
+    connect(m_cmdOK, &QPushButton::clicked, this, [this] {
+        searchByButton(patients::kSearchName,
+                       QStringLiteral("To locate a patient, Enter few Letters and click OK "
+                                      "Button"));
+    });
     connect(m_cmdCard, &QPushButton::clicked, this, &frmPatientsNew::cmdCardClick);
+    connect(m_cmdSys, &QPushButton::clicked, this, [this] {
+        searchByButton(patients::kSearchSysNo,
+                       QStringLiteral("To locate a patient, Enter Patient Tel No and click "
+                                      "'Tel No' Button"));
+    });
     connect(m_txtName, &QLineEdit::returnPressed, this, &frmPatientsNew::cmdCardClick);
+    connect(m_txtName, &QLineEdit::textChanged, this, &frmPatientsNew::txtNameChanged);
     connect(m_cmdAttend, &QPushButton::clicked, this, &frmPatientsNew::cmdAttendClick);
     connect(m_cmdANC, &QPushButton::clicked, this, &frmPatientsNew::cmdANCClick);
     connect(m_cmdComm, &QPushButton::clicked, this, &frmPatientsNew::cmdCommClick);
@@ -455,9 +497,12 @@ void frmPatientsNew::connectRules()
     connect(m_dtDate, &QDateEdit::dateChanged, this, &frmPatientsNew::dobChanged);
     connect(m_chkReg, &QCheckBox::toggled, this, &frmPatientsNew::attendanceTicked);
     connect(m_txtSurname, &QLineEdit::editingFinished, this, &frmPatientsNew::surnameLeft);
+    for (QLineEdit* e : {m_txtSurname, m_txtFirstName, m_txtPhone, m_txtAge})
+        connect(e, &QLineEdit::editingFinished, this, &frmPatientsNew::showLikelyDuplicates);
+    connect(m_dtDate, &QDateEdit::editingFinished, this, &frmPatientsNew::showLikelyDuplicates);
     connect(m_grdData, &QTableView::doubleClicked, this, [this](const QModelIndex& i) {
         if (m_mode == Mode::View && i.isValid())
-            editVal(gridValue(m_grdData, i.row(), QStringLiteral("pno")));
+            grdDataDoubleClicked(i.row());
     });
     connect(m_grdDoc, &QTableView::doubleClicked, this, [this](const QModelIndex& i) {
         if (i.isValid())
@@ -554,6 +599,8 @@ void frmPatientsNew::clearFields()
     m_cmdANC->setEnabled(false);
     m_cmdRenew->setEnabled(false);
     m_cmdPatDep->setEnabled(false);
+    m_lstDuplicates->clear();
+    m_fraDuplicates->hide();
 }
 
 void frmPatientsNew::cmdAddClick()
@@ -711,10 +758,10 @@ void frmPatientsNew::cmdDelClick()
     clearFields();
     setMode(Mode::View);
     // Back to the search the desk was working through, less the patient just deleted.
-    if (m_lastCardSearch.isEmpty())
+    if (m_lastSearchText.isEmpty())
         fillGrid();
     else
-        showCardSearch(m_lastCardSearch);
+        runSearch(m_searchMode, m_lastSearchLimit, m_lastSearchText);
 }
 
 // ---------------------------------------------------------------------------------------
@@ -722,7 +769,7 @@ void frmPatientsNew::cmdDelClick()
 
 void frmPatientsNew::fillGrid()
 {
-    m_lastCardSearch.clear();
+    m_lastSearchText.clear();
     runCommand(this, m_ctx, [this] {
         QAbstractItemModel* old = m_grdData->model();
         m_grdData->setModel(
@@ -778,31 +825,95 @@ void frmPatientsNew::cmdAttendClick()
     });
 }
 
-void frmPatientsNew::cmdCardClick()
+void frmPatientsNew::searchByButton(const QString& mode, const QString& blankMessage)
 {
-    const QString card = m_txtName->text().trimmed();
-    if (card.isEmpty()) {
-        m_ctx.prompter().inform(
-            QStringLiteral("To locate a patient, Enter Card No and click 'Card No' Button"),
-            kTitle);
+    const QString text = m_txtName->text().trimmed();
+    if (text.isEmpty()) {
+        m_ctx.prompter().inform(blankMessage, kTitle);
         m_txtName->setFocus();
         return;
     }
-    showCardSearch(card);
+    ++m_searchGeneration;  // what typing had on the way would come after, and replace, this
+    runSearch(mode, 0, text);
 }
 
-void frmPatientsNew::showCardSearch(const QString& card)
+void frmPatientsNew::cmdCardClick()
 {
-    m_lastCardSearch = card;
+    searchByButton(patients::kSearchCardNo,
+                   QStringLiteral("To locate a patient, Enter Card No and click 'Card No' "
+                                  "Button"));
+}
+
+void frmPatientsNew::txtNameChanged(const QString& text)
+{
+    const QString typed = text.trimmed();
+    if (typed.isEmpty()) {
+        runSearch(patients::kSearchName, 0, typed);
+        return;
+    }
+    if (!patients::startsIncrementalSearch(typed))
+        return;
+    // Each change waits on a timer of its own rather than in a nested event loop, where the
+    // newest search would finish first and an older text would have the last word.
+    if (m_pendingSearches++ == 0)
+        m_searchBusy.emplace(&m_ctx.prompter());
+    auto* wait = new QTimer(this);
+    wait->setSingleShot(true);
+    connect(wait, &QTimer::timeout, this, [this, wait, typed, generation = ++m_searchGeneration] {
+        wait->deleteLater();
+        // Typed over or searched by a button since: the grid must not end on a text that is
+        // gone from the box, nor a limited list replace what a button asked for.
+        if (generation == m_searchGeneration && typed == m_txtName->text().trimmed()) {
+            m_label5->setText(QStringLiteral("Retrieving data...Please wait"));
+            m_label5->repaint();
+            runSearch(patients::kSearchName,
+                      patients::searchLimit(m_ctx.session().defaults.SearchValue), typed);
+            m_label5->setText(kTitle);
+        }
+        if (--m_pendingSearches == 0)
+            m_searchBusy.reset();
+    });
+    wait->start(std::max(0, m_ctx.session().defaults.SearchWaitTime));
+}
+
+void frmPatientsNew::grdDataDoubleClicked(int row)
+{
+    const QString pno = gridValue(m_grdData, row, QStringLiteral("pno"));
+    if (pno.isEmpty())
+        return;
+    editVal(pno);
+    m_cmdPatDep->setEnabled(true);
+    cmdEditClick();
+    showPatientNote(m_ctx, pno);
+}
+
+void frmPatientsNew::runSearch(const QString& mode, int limit, const QString& text)
+{
     runCommand(this, m_ctx, [&] {
+        const auto busy = m_ctx.prompter().busy();
+        const patients::SearchOutcome found =
+            patients::searchPatients(m_ctx, mode, limit, text, m_grdData);
+        // The grid stays as it was; the description goes to the desk.
+        if (found.failed())
+            throw db::DbError(found.error);
+        m_searchMode = mode;
+        m_lastSearchText = text.trimmed();
+        m_lastSearchLimit = limit;
+        m_lblFound->setText(found.foundText);
         QAbstractItemModel* old = m_grdData->model();
-        m_grdData->setModel(patients::patientsWithCard(m_ctx.db(), card, m_grdData));
+        m_grdData->setModel(found.rows);
         delete old;
-        grid::hideColumns(m_grdData, {QStringLiteral("expired"), QStringLiteral("coyname")});
-        ui::fitColumns(m_grdData, 220);
-        showTab(TabPatients);
-        if (m_grdData->model()->rowCount() > 0)
+        if (found.found > 0) {
+            grid::hideColumns(m_grdData, {QStringLiteral("expired"), QStringLiteral("coyname"),
+                                          QStringLiteral("fullname")});
+            ui::fitColumns(m_grdData, 220);
+            // 2880 twips: the surname column shows a long name whole.
+            const int surname = grid::columnOf(found.rows, QStringLiteral("Surname"));
+            if (surname >= 0)
+                m_grdData->setColumnWidth(surname, 192);
             m_grdData->selectRow(0);
+            showTab(TabPatients);
+        }
     });
 }
 
@@ -1151,6 +1262,25 @@ void frmPatientsNew::debtDoubleClicked()
     m_carryOverDebt = parseAmount(*answer);
     m_ctx.session().currentBalance = m_carryOverDebt;
     m_lblDebt->setText(fmt::money(m_carryOverDebt));
+}
+
+void frmPatientsNew::showLikelyDuplicates()
+{
+    m_lstDuplicates->clear();
+    std::vector<patients::DuplicateCandidate> found;
+    if (m_mode == Mode::Add && !m_isLoadingRow) {
+        // A failure here costs the desk nothing but the list: no box in the middle of typing.
+        try {
+            found = patients::likelyDuplicates(
+                m_ctx.db(), {m_txtSurname->text(), m_txtFirstName->text(), ui::dateOf(m_dtDate),
+                             m_txtPhone->text()});
+        } catch (const db::DbError& e) {
+            qWarning().noquote() << "likely duplicates not looked for:" << e.description();
+        }
+    }
+    for (const auto& d : found)
+        m_lstDuplicates->addItem(QStringLiteral("%1 (%2): %3").arg(d.name, d.pno, d.reason));
+    m_fraDuplicates->setVisible(!found.empty());
 }
 
 void frmPatientsNew::surnameLeft()

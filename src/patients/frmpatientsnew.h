@@ -3,9 +3,12 @@
 // edits patients, looks them up, and takes the first attendance with the same save.
 
 #include "patients/registrationform.h"
+#include "platform/prompt.h"
 
 #include <QVariantMap>
 #include <QWidget>
+
+#include <optional>
 
 class QCheckBox;
 class QComboBox;
@@ -14,6 +17,7 @@ class QGroupBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class QListWidget;
 class QPushButton;
 class QTabWidget;
 class QTableView;
@@ -75,9 +79,15 @@ private:
     void cmdPatDepClick();
     // Empties the person's own fields and starts adding a dependant of `principal`.
     void addDependantOf(const QString& principal);
+    // The quick search's buttons: by name, card number and telephone, no limit.
+    void searchByButton(const QString& mode, const QString& blankMessage);
     void cmdCardClick();
-    // Lists the patients holding a card number, as the desk's search does.
-    void showCardSearch(const QString& card);
+    // Every change of txtName: a name search of its own after SearchWaitTime.
+    void txtNameChanged(const QString& text);
+    // The desk's search into grdData; a failure keeps the grid as it was.
+    void runSearch(const QString& mode, int limit, const QString& text);
+    // A double click on grdData: the patient loaded and in Edit, with its note shown.
+    void grdDataDoubleClicked(int row);
     void cmdAttendClick();
     void cmdANCClick();
     void cmdCommClick();
@@ -98,6 +108,8 @@ private:
     void attendanceTicked(bool on);
     void debtDoubleClicked();
     void surnameLeft();
+    // Lists the patients on file that the one being added may be; never asks anything.
+    void showLikelyDuplicates();
     void docGridDoubleClicked(int row);
     void showPhoto(const QString& pno);
 
@@ -126,15 +138,27 @@ private:
     QString m_principalPNo;
     QString m_selectedPurpose;
     QString m_lastSurnameChecked;
-    QString m_lastCardSearch;  // what the list shows when it is not today's registrations
+    // The search the list shows when it is not today's registrations, to run again after
+    // a deletion; empty text: the registrations.
+    QString m_searchMode;
+    QString m_lastSearchText;
+    int m_lastSearchLimit = 0;
+    // Incremental searches waiting for their time; the hourglass stays while any does.
+    int m_pendingSearches = 0;
+    int m_searchGeneration = 0;  // the newest search asked for
+    std::optional<Prompter::BusyGuard> m_searchBusy;
     double m_carryOverDebt = 0;
     double m_screeningAmount = 0;
     double m_consultationAmount = 0;
     bool m_pendingCardRenewal = false;
 
     // Controls, in tab order.
+    QLabel* m_label5 = nullptr;
     QLineEdit* m_txtName = nullptr;
+    QPushButton* m_cmdOK = nullptr;
     QPushButton* m_cmdCard = nullptr;
+    QPushButton* m_cmdSys = nullptr;
+    QLabel* m_lblFound = nullptr;
     QTabWidget* m_tabs = nullptr;
     QComboBox* m_cboNew = nullptr;
     QComboBox* m_cboTitle = nullptr;
@@ -149,6 +173,8 @@ private:
     QDateEdit* m_dtDate = nullptr;
     QLineEdit* m_txtAge = nullptr;
     QComboBox* m_cboMat = nullptr;
+    QGroupBox* m_fraDuplicates = nullptr;
+    QListWidget* m_lstDuplicates = nullptr;
     QLabel* m_piX = nullptr;
     QHBoxLayout* m_fileButtons = nullptr;
     QComboBox* m_cboFile = nullptr;

@@ -1,27 +1,86 @@
 #include "patients/patientgenerator.h"
 
 #include "patients/patientrecord.h"
+#include "patients/patientsearch.h"
 
 #include <QRandomGenerator>
+#include <QSet>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace tolmar::patients {
 
 namespace {
 
-const std::array kSurnames{
-    "ADEYEMI", "OKAFOR", "BELLO", "EZE", "OGUNLEYE", "IBRAHIM", "NWOSU", "ADEBAYO", "OKONKWO",
-    "ABUBAKAR", "OLADIPO", "CHUKWU", "YUSUF", "ADELEKE", "OBI", "BALOGUN", "NNAMDI", "SANI",
-    "AKINTOLA", "UDOH", "EKPO", "OYELARAN", "MUSA", "OKORO", "FASHOLA", "DANJUMA", "OGBONNA",
-    "ALABI", "IGWE", "LAWAL", "OJO", "AFOLABI", "EDET", "ANYANWU", "OLUWOLE", "D'SOUZA",
-    "O'CONNOR", "ADEÒYÉ", "KOLAWOLE", "NWACHUKWU"};
-const std::array kMaleNames{"CHINEDU", "OLUWASEUN", "IBRAHIM", "EMEKA", "TUNDE", "MUSA",
-                            "KELECHI", "BABATUNDE", "SEGUN", "AHMED", "OBINNA", "FEMI",
-                            "YAKUBU", "CHIDI", "DAVID", "JOHN", "SAMUEL", "ÌFẸ́OLÚWA"};
-const std::array kFemaleNames{"NGOZI", "FUNMILAYO", "AISHA", "CHIAMAKA", "YETUNDE", "HAUWA",
-                              "ADAEZE", "BOLANLE", "FATIMA", "IFEOMA", "TITILAYO", "ZAINAB",
-                              "MARY", "GRACE", "BLESSING", "KEMI", "ỌLỌ́LÁ", "AMAKA"};
+// Names are made from syllables, so that a million people carry tens of thousands of
+// surnames, and drawn with skewed frequencies, as a real register has them: the commonest
+// surname is about 1% of all patients, most are rare. A few carry "O'" or tone marks, as
+// real ones do, and the search must find them from plain letters.
+const std::array kOnsets{"A",  "BA", "DE", "O",  "KA", "NWO", "CHU", "I",  "BO", "OLU",
+                         "SE", "MU", "EZ", "TI", "YE", "NNA", "GBE", "FA", "LA", "RO",
+                         "E",  "ZI", "AKIN", "OGUN", "ABU", "EKE", "UDO", "ADE", "IFE", "OKO"};
+const std::array kMiddles{"DE", "BA", "YO", "KA", "LA", "MI", "NI", "WA", "SU", "RI",
+                          "TO", "KWU", "GBO", "LU", "NA", "JU", "YI", "BI", "FO", "DI",
+                          "CHE", "MA", "WO", "KE", "SA", "TU", "RA", "LE", "GO", "NDU"};
+const std::array kEnds{"YI",  "FOR", "LLO", "EMI", "HIM", "GWU", "MA", "DU",  "LA",  "KE",
+                       "WALE", "BO", "SI",  "NNA", "YO",  "RIN", "TU", "ZE",  "KPO", "DO",
+                       "MU",  "NA",  "RE",  "JI",  "BA",  "NDE", "CHI", "GUN", "TOLA", "SA"};
+const std::array kMarked{"Ọ", "Ẹ", "À", "É", "Ò", "Ú"};
+
+// Ranked names and the cumulative weights of a Zipf law over their ranks.
+struct NameBook {
+    QStringList names;
+    std::vector<double> cumulative;
+    QString draw(QRandomGenerator& r) const
+    {
+        const double u = r.generateDouble() * cumulative.back();
+        const auto it = std::upper_bound(cumulative.begin(), cumulative.end(), u);
+        return names[int(std::min<size_t>(size_t(it - cumulative.begin()), names.size() - 1))];
+    }
+};
+
+NameBook makeBook(quint32 seed, int count, double exponent, int minSyllables)
+{
+    QRandomGenerator r(seed);
+    auto syllable = [&](const auto& from) { return QString::fromUtf8(from[r.bounded(quint32(from.size()))]); };
+    NameBook book;
+    QSet<QString> seen;
+    while (book.names.size() < count) {
+        QString name = syllable(kOnsets);
+        const int middles = minSyllables - 2 + int(r.bounded(3u));
+        for (int i = 0; i < middles; ++i)
+            name += syllable(kMiddles);
+        name += syllable(kEnds);
+        if (r.bounded(60u) == 0)
+            name = QStringLiteral("O'") + name;
+        else if (r.bounded(40u) == 0)
+            name.insert(int(r.bounded(quint32(name.size()))), syllable(kMarked));
+        if (seen.contains(name))
+            continue;
+        seen.insert(name);
+        book.names << name;
+    }
+    double sum = 0;
+    for (int k = 1; k <= count; ++k)
+        book.cumulative.push_back(sum += std::pow(double(k), -exponent));
+    return book;
+}
+
+// 20,000 surnames at exponent 0.65: the first is drawn about 1.1% of the time.
+const NameBook& surnames()
+{
+    static const NameBook b = makeBook(17, 20000, 0.65, 2);
+    return b;
+}
+const NameBook& firstNames(bool male)
+{
+    static const NameBook m = makeBook(29, 4000, 0.8, 2);
+    static const NameBook f = makeBook(31, 4000, 0.8, 2);
+    return male ? m : f;
+}
+
 const std::array kAreas{"IKEJA", "SURULERE", "YABA", "LEKKI", "IKOYI", "MUSHIN", "APAPA",
                         "AGEGE", "OSHODI", "FESTAC"};
 const std::array kStreets{"ALLEN AVENUE", "ADEOLA ODEKU ST", "HERBERT MACAULAY WAY",
@@ -48,7 +107,7 @@ const QStringList kColumns{
     "MStatus", "bloodGroup", "genotype", "religion", "occupation", "nextOfKin", "NOKPhone",
     "relationToKin", "CoyName", "coyType", "clientCatID", "empno", "policyType", "ref",
     "HmoRef", "CardType", "fileduration", "regDate", "expirydate", "expired", "NewReg",
-    "AdmissionDaysLimit", "Debt", "DebtBF", "hospID"};
+    "AdmissionDaysLimit", "Debt", "DebtBF", "hospID", "SearchName"};
 
 QString insertStatement(int rows)
 {
@@ -110,8 +169,8 @@ qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& 
             const QDate regDate = today.addDays(-qint64(r.bounded(3650)));
             const QDate dob = today.addDays(-qint64(r.bounded(365 * 85)));
             const int age = dob.daysTo(today) / 365;
-            const QString surname = pick(r, kSurnames);
-            const QString first = pick(r, male ? kMaleNames : kFemaleNames);
+            const QString surname = surnames().draw(r);
+            const QString first = firstNames(male).draw(r);
             const QString title = age < 16 ? (male ? QStringLiteral("MASTER") : QStringLiteral("MISS"))
                                            : (male ? QStringLiteral("MR") : QStringLiteral("MRS"));
             const QString maturity = age < 1    ? QStringLiteral("NEONATE")
@@ -130,7 +189,8 @@ qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& 
                 bloodGroups()[int(r.bounded(quint32(bloodGroups().size())))],
                 genotypes()[int(r.bounded(quint32(genotypes().size())))],
                 religions()[int(r.bounded(quint32(religions().size())))],
-                pick(r, kOccupations), pick(r, kSurnames) + QLatin1Char(' ') + pick(r, kMaleNames),
+                pick(r, kOccupations),
+                surnames().draw(r) + QLatin1Char(' ') + firstNames(true).draw(r),
                 phone(r), relations()[int(r.bounded(quint32(relations().size())))],
                 payer.retainID, coyTypeOf(payer.clientType), payer.category,
                 isPrivate ? QStringLiteral("NIL") : QStringLiteral("EN%1").arg(r.bounded(1000000u)),
@@ -138,7 +198,7 @@ qint64 generatePatients(const db::ServerConfig& server, const GeneratorOptions& 
                 QStringLiteral("NO"), QStringLiteral("SINGLE"),
                 isPrivate ? QStringLiteral("ONE YEAR") : QStringLiteral("WHILE STILL IN SERVICE"),
                 regDate, isPrivate ? QVariant(regDate.addYears(1)) : QVariant(),
-                0, QStringLiteral("YES"), 0, 0.0, 0.0, o.hospID});
+                0, QStringLiteral("YES"), 0, 0.0, 0.0, o.hospID, searchNameOf(surname, first)});
         }
         c.exec(rows == batch ? fullStatement : insertStatement(rows), params);
         written += rows;

@@ -238,13 +238,6 @@ QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject
         parent);
 }
 
-QAbstractItemModel* patientsWithCard(db::Connection& c, const QString& cardNo, QObject* parent)
-{
-    return c.gridModel(
-        QStringLiteral("SELECT * FROM vwhpatients WHERE oldPno = ? ORDER BY FullName"), {cardNo},
-        parent);
-}
-
 QAbstractItemModel* attendanceHistory(db::Connection& c, const QString& pno, QObject* parent)
 {
     return c.gridModel(

@@ -87,7 +87,6 @@ void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out);
 
 // Grids of the desk, read lazily; owned by parent.
 QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject* parent);
-QAbstractItemModel* patientsWithCard(db::Connection& c, const QString& cardNo, QObject* parent);
 QAbstractItemModel* attendanceHistory(db::Connection& c, const QString& pno, QObject* parent);
 // Whether a patient with this surname is on file already, and those rows, for the person
 // to check for a duplicate before going on.

@@ -9,6 +9,7 @@
 #include "core/idgen.h"
 #include "messaging/smsqueue.h"
 #include "patients/patientrecord.h"
+#include "patients/patientsearch.h"
 #include "platform/db.h"
 #include "platform/prompt.h"
 
@@ -165,9 +166,9 @@ void SaveRun::insertPatient(db::Connection& c)
                "officeAddress, pPhoneNo, DOB, Email, sex, Maturity, ref, HmoRef, clientCatID, "
                "coyType, CoyName, empno, policyType, CardType, MStatus, bloodGroup, genotype, "
                "occupation, religion, nextOfKin, NOKPhone, relationToKin, kinAddress, "
-               "AdmissionDaysLimit, NewReg, Debt, DebtBF) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+               "AdmissionDaysLimit, NewReg, Debt, DebtBF, SearchName) VALUES (?, ?, ?, ?, ?, ?, "
                "?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-               "?, ?, ?)"),
+               "?, ?, ?, ?, ?, ?, ?, ?)"),
            {dependant ? m_f.principalPNo : m_pno, dependant ? kDependant : kPrincipal, s.empID,
             m_f.title, m_pno,
             cardNumber(s.defaults.AUTO_CARD_NO, s.hospID, s.serverDate, m_pno, m_f.cardNo),
@@ -181,7 +182,8 @@ void SaveRun::insertPatient(db::Connection& c)
             m_f.religion, m_f.nextOfKin, m_f.nokPhone.trimmed(), m_f.nokRelationship,
             m_f.nokAddress, limit.isEmpty() ? 0.0 : limit.toDouble(),
             m_f.newReg == QLatin1String("NEW") ? QStringLiteral("YES") : QStringLiteral("NO"),
-            m_f.carryOverDebt, m_f.carryOverDebt});
+            m_f.carryOverDebt, m_f.carryOverDebt,
+            searchNameOf(cleanName(m_f.surname), cleanName(m_f.firstName))});
 }
 
 void SaveRun::updatePatient(db::Connection& c)
@@ -193,10 +195,11 @@ void SaveRun::updatePatient(db::Connection& c)
         sets << QStringLiteral("expirydate");
         values.push_back(m_f.expiryDate);
     }
-    sets << QStringList{"psurname", "pfirstName", "homeAddress", "Area", "officeAddress",
-                        "pPhoneNo"};
+    sets << QStringList{"psurname", "pfirstName", "SearchName", "homeAddress", "Area",
+                        "officeAddress", "pPhoneNo"};
     for (const QVariant& v :
          {QVariant(cleanName(m_f.surname)), QVariant(cleanName(m_f.firstName)),
+          QVariant(searchNameOf(cleanName(m_f.surname), cleanName(m_f.firstName))),
           QVariant(m_f.homeAddress), QVariant(m_f.area), QVariant(m_f.officeAddress),
           QVariant(m_f.phone.trimmed())})
         values.push_back(v);

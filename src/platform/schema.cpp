@@ -152,8 +152,33 @@ void runInOwnConnection(const QString& driver, const QString& name,
 
 }  // namespace
 
-QString expandSchema(const QString& text, Backend backend)
+// Lines between "--@sqlite" or "--@postgres" and "--@end" (or the next such marker or
+// section) are for that backend only: the search indexes, which are not the same kind of
+// thing on the two, and the triggers that keep them.
+static QString forBackend(const QString& text, Backend backend)
 {
+    static const QRegularExpression marker(QStringLiteral("^--@(sqlite|postgres|end)\\s*$"));
+    const QString mine =
+        backend == Backend::Sqlite ? QStringLiteral("sqlite") : QStringLiteral("postgres");
+    QString only;  // empty: both
+    QStringList out;
+    for (const QString& line : text.split(QLatin1Char('\n'))) {
+        const auto m = marker.match(line);
+        if (m.hasMatch()) {
+            only = m.captured(1) == u"end" ? QString() : m.captured(1);
+            continue;
+        }
+        if (line.startsWith(QLatin1String("--@db")))
+            only.clear();
+        if (only.isEmpty() || only == mine)
+            out << line;
+    }
+    return out.join(QLatin1Char('\n'));
+}
+
+QString expandSchema(const QString& input, Backend backend)
+{
+    const QString text = forBackend(input, backend);
     static const QRegularExpression token(QStringLiteral("\\$(\\w+)(?:\\(([^()]*)\\))?"));
     QString out;
     qsizetype pos = 0;

@@ -27,7 +27,8 @@ int latestSchemaVersion();
 
 // A schema text for one backend: $ID (identity key), $SMALLINT, $REAL, $DATE, $TIMESTAMP,
 // $BLOB, $TODAY, $NOW, $MONTHDAY(date) ("MM-DD") and $YEARS(later, earlier) (whole years)
-// become that backend's words. Throws DbError on a token it does not know.
+// become that backend's words; lines from "--@sqlite" or "--@postgres" to "--@end" stay
+// only for that backend. Throws DbError on a token it does not know.
 QString expandSchema(const QString& text, Backend backend);
 
 // The statements an SQLite connection to this database runs as it opens (the views of

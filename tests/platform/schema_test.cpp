@@ -90,12 +90,14 @@ Catalogue catalogue(const test::Workspace& w)
                     r.text(u"table_name"), r.text(u"column_name"), r.text(u"data_type"));
             continue;
         }
-        // Views that read another database are temporary ones of each connection.
+        // Views that read another database are temporary ones of each connection. The
+        // name search's trigram table (virtual, with its shadow tables) is SQLite's own.
         for (const QString schema : {QStringLiteral("main"), QStringLiteral("temp")}) {
             const auto objects = c->query(
-                QStringLiteral("SELECT type, name FROM %1.sqlite_master WHERE type IN "
-                               "('table', 'view') AND name NOT LIKE 'sqlite%' ORDER BY name")
-                    .arg(schema));
+                QStringLiteral("SELECT type, name FROM pragma_table_list WHERE schema = ? AND "
+                               "type IN ('table', 'view') AND name NOT LIKE 'sqlite%' "
+                               "ORDER BY name"),
+                {schema});
             for (const db::Row& o : objects.rows) {
                 const auto cols = c->query(
                     QStringLiteral("SELECT name, type FROM pragma_table_info(?, ?) ORDER BY cid"),

@@ -66,7 +66,10 @@ inline void pick(QWidget* w, const char* name, const QString& text)
 // A double click on a row of a grid, as the mouse gives it.
 inline void doubleClickRow(QTableView* grid, int row)
 {
-    const QPoint at = grid->visualRect(grid->model()->index(row, 0)).center();
+    int column = 0;  // the first column shown: a hidden one has nowhere to click
+    while (column + 1 < grid->model()->columnCount() && grid->isColumnHidden(column))
+        ++column;
+    const QPoint at = grid->visualRect(grid->model()->index(row, column)).center();
     QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, at);
     QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, at);
 }
