@@ -122,7 +122,9 @@ Filter filterFor(db::Backend backend, const QString& mode, const QString& text)
         return {QStringLiteral("oldPno = ?"),
                 QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"), {text}};
     const bool phone = mode == kSearchSysNo;
-    if (!phone && mode != kSearchName)
+    // The folded name begins with the surname, so its first letters are a prefix of it.
+    const bool prefix = mode == kSearchSurname;
+    if (!phone && !prefix && mode != kSearchName)
         throw db::DbError(QStringLiteral("Unknown search mode: %1").arg(mode));
     const QString column = phone ? QStringLiteral("pPhoneNo") : QStringLiteral("SearchName");
     const QString typed = phone ? text : foldName(text);
@@ -130,12 +132,15 @@ Filter filterFor(db::Backend backend, const QString& mode, const QString& text)
         const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
         const QString rows =
             QStringLiteral("hPatientsFts WHERE %1 GLOB ?").arg(ftsColumn);
+        const QString glob = globContains(typed);
         return {QStringLiteral("pno IN (SELECT PNo FROM ") + rows + QLatin1Char(')'),
-                QStringLiteral("SELECT COUNT(*) FROM ") + rows, {globContains(typed)}};
+                QStringLiteral("SELECT COUNT(*) FROM ") + rows,
+                {prefix ? glob.mid(1) : glob}};  // without the leading "*"
     }
     const QString rows = QStringLiteral("hPatients WHERE %1 LIKE ?").arg(column);
     return {QStringLiteral("pno IN (SELECT PNo FROM ") + rows + QLatin1Char(')'),
-            QStringLiteral("SELECT COUNT(*) FROM ") + rows, {like::contains(typed)}};
+            QStringLiteral("SELECT COUNT(*) FROM ") + rows,
+            {prefix ? like::startsWith(typed) : like::contains(typed)}};
 }
 
 QString foundText(qint64 n) { return QStringLiteral("%1 Records Found").arg(n); }
@@ -204,7 +209,7 @@ SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,
     }
     try {
         db::Connection& c = ctx.db();
-        if (mode == kSearchName)
+        if (mode == kSearchName || mode == kSearchSurname)
             foldPendingNames(c);
         const Filter f = filterFor(c.backend(), mode, t);
         const QString sql = QStringLiteral("SELECT * FROM vwhpatients WHERE ") + f.where +

@@ -29,9 +29,9 @@ protected:
         for (const char* table : {"hPatients", "hpatientsArchive", "hRecords", "hSurgery"})
             ws->exec(QStringLiteral("DELETE FROM ") + QLatin1String(table));
         const QDate t = desk->ctx.session().serverDate;
-        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname, pfirstName, CoyName, DOB) "
-                                "VALUES (?, 'NWOSU', 'ADA', '0001', ?), (?, 'ABEL', 'ÒKÉ', "
-                                "'0004', ?)"),
+        ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname, pfirstName, CoyName, DOB, "
+                                "oldPno) VALUES (?, 'NWOSU', 'ADA', '0001', ?, 'C/0''1'), "
+                                "(?, 'ABEL', 'ÒKÉ', '0004', ?, 'C/02')"),
                  {kOddPno, t.addYears(-30).addDays(1), QStringLiteral("001/000000002"),
                   t.addYears(-41)});
         ws->exec(QStringLiteral("INSERT INTO hRecords (recDate, htime, PNo, clinicType) VALUES "
@@ -153,6 +153,41 @@ TEST_P(Lists, PhoneBookListsTheDaysVisitorsAndRefusesAnEmptyExport)
     click(s, "cmdExcel");
     EXPECT_EQ(desk->prompter.informs(),
               QStringList{QStringLiteral("No Records between specified Dates")});
+}
+
+TEST_P(Lists, FindARecordBySurnamePrefixOrCardShowsTheNumbers)
+{
+    seed();
+    struct Case {
+        const char* box;
+        const char* button;
+        QString typed;
+        QStringList found;  // "surname SysNo"
+    };
+    const std::vector<Case> cases{
+        {"txtName", "cmdName", "nwo", {"NWOSU " + kOddPno}},
+        {"txtName", "cmdName", "wosu", {}},  // the first letters, not any part
+        {"txtName", "cmdName", "ABEL ok", {"ABEL 001/000000002"}},
+        {"TxtID", "cmdID", "C/0'1", {"NWOSU " + kOddPno}},
+        {"TxtID", "cmdID", "c/02", {}},
+        {"TxtID", "cmdID", " ", {}},
+    };
+    QWidget* s = desk->ctx.screens().open(QStringLiteral("frmFind"));
+    auto* grid = child<QTableView>(s, "grdData");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.typed.toStdString());
+        edit(s, c.box)->setText(c.typed);
+        click(s, c.button);
+        QStringList surnames, header;
+        for (int r = 0; r < rowCount(grid); ++r)
+            surnames << cellText(grid, r, "Surname") + " " + cellText(grid, r, "SysNo");
+        EXPECT_EQ(surnames, c.found);
+        for (int col = 0; col < grid->model()->columnCount(); ++col)
+            header << grid->model()->headerData(col, Qt::Horizontal).toString();
+        if (!c.found.isEmpty())
+            EXPECT_EQ(header.join(','), "Surname,Firstname,SysNo,CardNo,homeAddress");
+    }
+    EXPECT_TRUE(desk->prompter.messages().empty());
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(Lists);
