@@ -10,8 +10,9 @@ ALTER TABLE hPatients ADD COLUMN SearchName VARCHAR(260);
 -- Deleting a patient archives the row as it stands, every column.
 ALTER TABLE hpatientsArchive ADD COLUMN SearchName VARCHAR(260);
 
--- The names still to fold: found without reading the table.
-CREATE INDEX ix_hpatients_unfolded ON hPatients (PNo) WHERE SearchName IS NULL;
+-- Search results come in folded-name order: a page of a common text is read off this
+-- index in order, and the names still to fold (NULL) are found on it too.
+CREATE INDEX ix_hpatients_searchname ON hPatients (SearchName, PNo);
 -- Likely duplicates of a new patient are looked for among those born the same day.
 CREATE INDEX ix_hpatients_dob ON hPatients (DOB);
 

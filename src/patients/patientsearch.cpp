@@ -6,7 +6,11 @@
 #include "platform/db.h"
 
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QRegularExpression>
+#include <QStringList>
+
+#include <algorithm>
 
 namespace tolmar::patients {
 
@@ -16,16 +20,111 @@ namespace {
 // screenful shows at once however many patients match.
 constexpr int kPage = 50;
 
+// Up to this many matches a search sorts what the trigram index finds; beyond it the text
+// is common enough that walking the patients in name order finds a page sooner (about
+// 20 x patients / matches rows read), so that neither way reads much more than a page.
+constexpr int kFewMatches = 1000;
+
+// How one search finds its patients: the numbers of a page in name order, then the rows of
+// vwhpatients for those numbers. Both backends order by the folded name (capitals, accents
+// dropped), which is the view's FullName order for names kept in capitals and puts "Ö"
+// with "O" where a byte order would put it after "Z".
+struct Plan {
+    QString keys;  // "SELECT PNo ... ORDER BY SearchName, PNo", without LIMIT
+    QString count;
+    db::Params params;
+};
+
+// GLOB is how SQLite's trigram table takes a pattern with a bound value: its LIKE with an
+// ESCAPE clause never reaches the index. "*", "?" and "[" typed are matched as themselves.
+QString globContains(const QString& folded)
+{
+    QString out = QStringLiteral("*");
+    for (const QChar c : folded) {
+        if (c == QLatin1Char('*') || c == QLatin1Char('?') || c == QLatin1Char('['))
+            out += QLatin1Char('[') + c + QLatin1Char(']');
+        else
+            out += c;
+    }
+    return out + QLatin1Char('*');
+}
+
+Plan planFor(db::Connection& c, const QString& mode, const QString& text)
+{
+    if (mode == kSearchCardNo)
+        return {QStringLiteral("SELECT PNo FROM hPatients WHERE oldPno = ? "
+                               "ORDER BY SearchName, PNo"),
+                QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"),
+                {text}};
+    const bool phone = mode == kSearchSysNo;
+    // The folded name begins with the surname, so the surname's first letters are a prefix.
+    const bool prefix = mode == kSearchSurname;
+    if (!phone && !prefix && mode != kSearchName)
+        throw db::DbError(QStringLiteral("Unknown search mode: %1").arg(mode));
+    const bool lite = c.backend() == db::Backend::Sqlite;
+    const QString column = phone ? QStringLiteral("pPhoneNo") : QStringLiteral("SearchName");
+    const QString typed = phone ? text : foldName(text);
+    const QVariant pattern =
+        lite ? (prefix ? globContains(typed).mid(1) : globContains(typed))  // no leading "*"
+             : (prefix ? like::startsWith(typed) : like::contains(typed));
+    // The matches as the trigram index gives them: the FTS5 table on SQLite (which keeps
+    // the folded name too), the GIN index on PostgreSQL. "|| ''" keeps PostgreSQL from
+    // walking the name index for a text it cannot estimate: a rare text would read it all.
+    const QString indexed =
+        lite ? QStringLiteral("FROM hPatientsFts WHERE %1 GLOB ?")
+                   .arg(phone ? QStringLiteral("PhoneNo") : column)
+             : QStringLiteral("FROM hPatients WHERE %1 LIKE ?").arg(column);
+    const QString sortIndexed = lite ? QStringLiteral(" ORDER BY SearchName, PNo")
+                                     : QStringLiteral(" ORDER BY SearchName || '', PNo");
+    const qint64 probe =
+        c.scalar(QStringLiteral("SELECT COUNT(*) FROM (SELECT PNo ") + indexed +
+                     QStringLiteral(" LIMIT ?) m"),
+                 {pattern, kFewMatches})
+            .toLongLong();
+    const QString count = QStringLiteral("SELECT COUNT(*) ") + indexed;
+    if (probe < kFewMatches)
+        return {QStringLiteral("SELECT PNo ") + indexed + sortIndexed, count, {pattern}};
+    // A common text: the name index in order, each entry tested, until the page is full.
+    const QString walk =
+        lite ? QStringLiteral("SELECT PNo FROM hPatients INDEXED BY ix_hpatients_searchname "
+                              "WHERE %1 GLOB ? ORDER BY SearchName, PNo")
+             : QStringLiteral("SELECT PNo FROM hPatients WHERE (%1 || '') LIKE ? "
+                              "ORDER BY SearchName, PNo");
+    return {walk.arg(column), count, {pattern}};
+}
+
+// The rows of vwhpatients for a page of numbers, in the page's order.
+db::Result rowsOf(db::Connection& c, const Plan& plan, int limit, qint64 offset)
+{
+    db::Params params = plan.params;
+    params.push_back(limit);
+    params.push_back(offset);
+    const db::Result keys = c.query(plan.keys + QStringLiteral(" LIMIT ? OFFSET ?"), params);
+    db::Params pnos;
+    QHash<QString, int> order;
+    for (const db::Row& k : keys.rows) {
+        order.insert(k.text(u"PNo"), int(pnos.size()));
+        pnos.push_back(k.text(u"PNo"));
+    }
+    if (pnos.empty())
+        return {};
+    const QString marks = QStringList(int(pnos.size()), QStringLiteral("?")).join(u',');
+    db::Result rows =
+        c.query(QStringLiteral("SELECT * FROM vwhpatients WHERE pno IN (%1)").arg(marks), pnos);
+    std::sort(rows.rows.begin(), rows.rows.end(), [&](const db::Row& a, const db::Row& b) {
+        return order.value(a.text(u"pno")) < order.value(b.text(u"pno"));
+    });
+    return rows;
+}
+
 // The rows of one search. The first page comes with the search; further pages are read
 // on the desk's shared connection as the grid scrolls, each a finished statement, so no
 // read stays open between them.
 class SearchRows : public QAbstractTableModel {
 public:
-    SearchRows(AppContext& ctx, QString sql, db::Params params, qint64 total, db::Result first,
-               QObject* parent)
-        : QAbstractTableModel(parent), m_ctx(ctx), m_sql(std::move(sql)),
-          m_params(std::move(params)), m_total(total), m_columns(first.columns),
-          m_rows(std::move(first.rows))
+    SearchRows(AppContext& ctx, Plan plan, qint64 total, db::Result first, QObject* parent)
+        : QAbstractTableModel(parent), m_ctx(ctx), m_plan(std::move(plan)), m_total(total),
+          m_columns(first.columns), m_rows(std::move(first.rows))
     {
     }
     int rowCount(const QModelIndex& p = {}) const override
@@ -65,15 +164,11 @@ public:
     {
         if (!canFetchMore(p))
             return;
-        db::Params params = m_params;
-        params.push_back(kPage);
-        params.push_back(qint64(m_rows.size()));
         db::Result more;
         try {
-            more = m_ctx.db().query(m_sql + QStringLiteral(" LIMIT ? OFFSET ?"), params);
+            more = rowsOf(m_ctx.db(), m_plan, kPage, qint64(m_rows.size()));
         } catch (const db::DbError&) {
-            m_total = qint64(m_rows.size());  // the grid keeps what it has
-            return;
+            // The grid keeps what it has.
         }
         if (more.rows.empty()) {
             m_total = qint64(m_rows.size());
@@ -88,60 +183,11 @@ public:
 
 private:
     AppContext& m_ctx;
-    QString m_sql;
-    db::Params m_params;
+    Plan m_plan;
     qint64 m_total;
     std::shared_ptr<const db::Columns> m_columns;
     std::vector<db::Row> m_rows;
 };
-
-// GLOB is how SQLite's trigram table takes a pattern with a bound value: its LIKE with an
-// ESCAPE clause never reaches the index. "*", "?" and "[" typed are matched as themselves.
-QString globContains(const QString& folded)
-{
-    QString out = QStringLiteral("*");
-    for (const QChar c : folded) {
-        if (c == QLatin1Char('*') || c == QLatin1Char('?') || c == QLatin1Char('['))
-            out += QLatin1Char('[') + c + QLatin1Char(']');
-        else
-            out += c;
-    }
-    return out + QLatin1Char('*');
-}
-
-struct Filter {
-    QString where;  // on vwhpatients
-    QString count;  // the same rows counted on the indexed table alone
-    db::Params params;
-};
-
-Filter filterFor(db::Backend backend, const QString& mode, const QString& text)
-{
-    const bool lite = backend == db::Backend::Sqlite;
-    if (mode == kSearchCardNo)
-        return {QStringLiteral("oldPno = ?"),
-                QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"), {text}};
-    const bool phone = mode == kSearchSysNo;
-    // The folded name begins with the surname, so its first letters are a prefix of it.
-    const bool prefix = mode == kSearchSurname;
-    if (!phone && !prefix && mode != kSearchName)
-        throw db::DbError(QStringLiteral("Unknown search mode: %1").arg(mode));
-    const QString column = phone ? QStringLiteral("pPhoneNo") : QStringLiteral("SearchName");
-    const QString typed = phone ? text : foldName(text);
-    if (lite) {
-        const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
-        const QString rows =
-            QStringLiteral("hPatientsFts WHERE %1 GLOB ?").arg(ftsColumn);
-        const QString glob = globContains(typed);
-        return {QStringLiteral("pno IN (SELECT PNo FROM ") + rows + QLatin1Char(')'),
-                QStringLiteral("SELECT COUNT(*) FROM ") + rows,
-                {prefix ? glob.mid(1) : glob}};  // without the leading "*"
-    }
-    const QString rows = QStringLiteral("hPatients WHERE %1 LIKE ?").arg(column);
-    return {QStringLiteral("pno IN (SELECT PNo FROM ") + rows + QLatin1Char(')'),
-            QStringLiteral("SELECT COUNT(*) FROM ") + rows,
-            {prefix ? like::startsWith(typed) : like::contains(typed)}};
-}
 
 QString foundText(qint64 n) { return QStringLiteral("%1 Records Found").arg(n); }
 
@@ -173,6 +219,8 @@ int foldPendingNames(db::Connection& c)
                            "WHERE SearchName IS NULL LIMIT 500"));
         if (pending.empty())
             return folded;
+        // One commit for the lot: a script that wrote thousands leaves them to one search.
+        db::Transaction tx(c);
         for (const db::Row& r : pending.rows) {
             // A name that folds to nothing still gets a value, or it would come back here.
             c.exec(QStringLiteral("UPDATE hPatients SET SearchName = ? WHERE PNo = ? "
@@ -181,6 +229,7 @@ int foldPendingNames(db::Connection& c)
                     r.text(u"PNo")});
             ++folded;
         }
+        tx.commit();
     }
 }
 
@@ -204,34 +253,20 @@ SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,
     const QString t = text.trimmed();
     if (t.isEmpty()) {
         out.foundText = foundText(0);
-        out.rows = new SearchRows(ctx, QString(), {}, 0, {}, parent);
+        out.rows = new SearchRows(ctx, {}, 0, {}, parent);
         return out;
     }
     try {
         db::Connection& c = ctx.db();
-        if (mode == kSearchName || mode == kSearchSurname)
-            foldPendingNames(c);
-        const Filter f = filterFor(c.backend(), mode, t);
-        const QString sql = QStringLiteral("SELECT * FROM vwhpatients WHERE ") + f.where +
-                            QStringLiteral(" ORDER BY FullName, pno");
-        db::Params params = f.params;
-        db::Result first;
-        if (limit > 0) {
-            params.push_back(limit);
-            first = c.query(sql + QStringLiteral(" LIMIT ?"), params);
+        foldPendingNames(c);
+        const Plan plan = planFor(c, mode, t);
+        db::Result first = rowsOf(c, plan, limit > 0 ? limit : kPage, 0);
+        if (limit > 0 || first.size() < size_t(kPage))
             out.found = qint64(first.size());
-        } else {
-            out.found = c.scalar(f.count, f.params).toLongLong();
-            if (out.found > 0) {
-                params.push_back(kPage);
-                first = c.query(sql + QStringLiteral(" LIMIT ?"), params);
-            }
-        }
-        // A patient deleted between the count and the page: what shows is what counts.
-        if (first.empty())
-            out.found = 0;
+        else
+            out.found = c.scalar(plan.count, plan.params).toLongLong();
         out.foundText = foundText(out.found);
-        out.rows = new SearchRows(ctx, sql, f.params, out.found, std::move(first), parent);
+        out.rows = new SearchRows(ctx, plan, out.found, std::move(first), parent);
     } catch (const db::DbError& e) {
         out = SearchOutcome{};
         out.error = e.description();

@@ -5,6 +5,7 @@
 #include "patients/patientsearch.h"
 
 #include <QAbstractItemModel>
+#include <QSet>
 
 using namespace tolmar;
 using namespace tolmar::patients;
@@ -135,6 +136,28 @@ TEST_P(Search, FollowsANameChangedBehindItsBack)
         delete o.rows;
         EXPECT_EQ(o.found, found) << text;
     }
+}
+
+// More matches than the trigram index is asked to sort: the page comes off the name index
+// in order instead, and paging still reaches every match once.
+TEST_P(Search, ACommonTextGivesTheSamePagesAndCount)
+{
+    ws->exec(QStringLiteral(
+        "INSERT INTO hPatients (PNo, psurname, pfirstName) WITH RECURSIVE n(i) AS "
+        "(SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 1100) "
+        "SELECT 'W' || i, 'NWADA', 'X' || i FROM n"));
+    const SearchOutcome limited = searchPatients(desk->ctx, kSearchName, 20, "nwada x", nullptr);
+    std::unique_ptr<QAbstractItemModel> owned(limited.rows);
+    EXPECT_EQ(pnos(limited), (QStringList{"W1", "W10", "W100", "W1000", "W1001", "W1002",
+                                          "W1003", "W1004", "W1005", "W1006", "W1007", "W1008",
+                                          "W1009", "W101", "W1010", "W1011", "W1012", "W1013",
+                                          "W1014", "W1015"}));
+    const SearchOutcome all = searchPatients(desk->ctx, kSearchName, 0, "wada", nullptr);
+    std::unique_ptr<QAbstractItemModel> ownedAll(all.rows);
+    EXPECT_EQ(all.found, 1100);
+    const QStringList every = pnos(all);
+    EXPECT_EQ(every.size(), 1100);
+    EXPECT_EQ(QSet<QString>(every.begin(), every.end()).size(), 1100);
 }
 
 TEST(SearchGates, IncrementalSearchRunsOnThreeLettersWithoutZeroOrOne)
