@@ -1,7 +1,6 @@
 // Renewing a card on frmRenew as each opener hands it over, and what the renewal leaves in
 // the patient row, the card's history and the session's hand-back.
-#include "support/screenkit.h"
-#include "support/workspace.h"
+#include "registration/registrationfixture.h"
 
 #include "core/formats.h"
 #include "patients/frmrenew.h"
@@ -20,26 +19,11 @@ protected:
         BackendTest::SetUp();
         desk->startUp();
     }
-    // The card's history row refused by the database, or allowed again.
-    void refuseHistory(bool on)
-    {
-        const bool lite = ws->backend() == db::Backend::Sqlite;
-        ws->connect()->execScript(
-            on ? (lite ? "CREATE TRIGGER no_hist BEFORE INSERT ON hPatientsOldCardNoHist "
-                         "BEGIN SELECT RAISE(ABORT, 'history refused'); END;"
-                       : "CREATE FUNCTION no_hist() RETURNS trigger AS $$ BEGIN RAISE "
-                         "EXCEPTION 'history refused'; END $$ LANGUAGE plpgsql; CREATE TRIGGER "
-                         "no_hist BEFORE INSERT ON hPatientsOldCardNoHist FOR EACH ROW "
-                         "EXECUTE FUNCTION no_hist();")
-               : (lite ? "DROP TRIGGER no_hist;"
-                       : "DROP TRIGGER no_hist ON hPatientsOldCardNoHist; DROP FUNCTION "
-                         "no_hist();"));
-    }
 };
 
 TEST_P(Renewal, RenewsFromTheRenewalDayAndHandsTheDateBackToItsOpener)
 {
-    const QDate t = desk->ctx.session().serverDate;
+    const QDate t = kToday;
     const QString confirm = QStringLiteral("Are you sure to Renew O'BRIEN ADA");
     const QString congrats =
         QStringLiteral("Congrats!!! Your Card(s) has been renewed for another year");
@@ -67,7 +51,7 @@ TEST_P(Renewal, RenewsFromTheRenewalDayAndHandsTheDateBackToItsOpener)
         {"No keeps the card as it was", "REG", "0001", QDate(2026, 1, 9), 1, QDate(2025, 1, 9),
          0, false, false, {confirm}, 0},
         {"the history refused: the new date stands", "RECORDS", "0001", QDate(2026, 2, 1), 1,
-         QDate(2025, 2, 1), 0, true, true, {confirm, congrats, "history refused"}, 0},
+         QDate(2025, 2, 1), 0, true, true, {confirm, congrats, "hPatientsOldCardNoHist refused"}, 0},
         {"an HMO patient is never listed", "REG", "0002", QDate(2025, 1, 1), 1,
          QDate(2024, 1, 1), 0, true, false, {"Invalid patient System No"}, 0},
         {"a private card not yet due is not listed", "REG", "0001", QDate(2099, 1, 1), 0,
@@ -82,7 +66,7 @@ TEST_P(Renewal, RenewsFromTheRenewalDayAndHandsTheDateBackToItsOpener)
                                 "'O''BRIEN', 'ADA', ?, ?, ?, ?)"),
                  {kPno, c.payer, c.regDate, c.expiry, c.expired});
         if (c.historyFails)
-            refuseHistory(true);
+            refuseRows(*ws, QStringLiteral("hPatientsOldCardNoHist"), true);
         Session& s = desk->ctx.session();
         s.CardRenewedFlag = false;
         s.renewedExpiryDate = QDate();
@@ -123,7 +107,7 @@ TEST_P(Renewal, RenewsFromTheRenewalDayAndHandsTheDateBackToItsOpener)
         EXPECT_EQ(s.CardRenewedFlag, handedBack);
         EXPECT_EQ(s.renewedExpiryDate, handedBack ? day.addYears(1) : QDate());
         if (c.historyFails)
-            refuseHistory(false);
+            refuseRows(*ws, QStringLiteral("hPatientsOldCardNoHist"), false);
     }
 }
 

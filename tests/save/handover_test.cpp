@@ -280,19 +280,6 @@ TEST_P(FrontDesk, RenewCardBillsTheFeeOnceWithTheNextEditSaveWhetherOrNotTheCard
     }
 }
 
-TEST_P(FrontDesk, RenewRegistrationFromTheMenuOpensTheRenewalScreenWithoutAPatient)
-{
-    openDesk();
-    action(QStringLiteral("mnuRR"))->trigger();
-    QWidget* renewal = desk->ctx.screens().find(QStringLiteral("frmRenew"));
-    ASSERT_NE(renewal, nullptr);
-    desk->prompter.clear();
-    click(renewal, "cmdRenew");
-    EXPECT_EQ(desk->prompter.informs(), QStringList{QStringLiteral("Invalid patient System No")});
-    EXPECT_FALSE(desk->ctx.session().CardRenewedFlag);
-    click(renewal, "cmdClose");
-}
-
 TOLMAR_INSTANTIATE_BACKENDS(FrontDesk);
 
 }  // namespace

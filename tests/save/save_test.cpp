@@ -421,7 +421,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     refuseTimelineRows(*ws, true);
     frmPatientsNew& s = fillNewPrivate(QStringLiteral("SECOND"));
     save();
-    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("timeline refused")))
+    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("hPatientsTimeline refused")))
         << desk->prompter.lastText().toStdString();
     EXPECT_EQ(newestPNo(), first);
     for (const char* table : {"hRecords", "billAccum", "hPatientsTimeline"})
@@ -437,10 +437,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     EXPECT_EQ(s.mode(), frmPatientsNew::Mode::Add);
     EXPECT_EQ(edit(&s, "txtsurNAme")->text(), QStringLiteral("SECOND"));
 
-    ws->connect()->execScript(ws->backend() == db::Backend::Sqlite
-                                  ? QStringLiteral("DROP TRIGGER refuse_timeline;")
-                                  : QStringLiteral("DROP TRIGGER refuse_timeline ON "
-                                                   "hPatientsTimeline;"));
+    refuseTimelineRows(*ws, false);
     save();  // the same screen, pressed again
     EXPECT_EQ(desk->prompter.lastText(), QStringLiteral("Record Succesfully saved"));
     EXPECT_EQ(counter(kSeriesPatientNo), patients + 1);  // the burnt number, reused
