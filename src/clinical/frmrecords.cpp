@@ -7,6 +7,7 @@
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
+#include "patients/cardrenewal.h"
 #include "patients/patientrepo.h"
 #include "patients/patientsearch.h"
 #include "patients/registrationdesk.h"
@@ -239,11 +240,11 @@ void frmRecords::connectRules()
 {
     // Enter in the search box is the name search, the one the desk uses most.
     for (auto [signalOf, mode] :
-         {std::pair{m_cmdOK, patients::kSearchNamePrefix},
+         {std::pair{m_cmdOK, patients::kSearchSurname},
           {m_cmdCard, patients::kSearchCardNo}, {m_cmdSys, patients::kSearchPNo}})
         connect(signalOf, &QPushButton::clicked, this, [this, m = mode] { find(m); });
     connect(m_txtName, &QLineEdit::returnPressed, this,
-            [this] { find(patients::kSearchNamePrefix); });
+            [this] { find(patients::kSearchSurname); });
     connect(m_cboVehNo, &QComboBox::currentIndexChanged, this, [this](int i) {
         if (!m_loading && i >= 0)
             pickPatient(m_cboVehNo->itemText(i));
@@ -369,7 +370,7 @@ void frmRecords::find(const QString& mode)
 {
     QString text = m_txtName->text().trimmed();
     QString searchMode = patients::kSearchCardNo;
-    if (mode == patients::kSearchNamePrefix || mode == patients::kSearchCardNo) {
+    if (mode == patients::kSearchSurname || mode == patients::kSearchCardNo) {
         if (text.isEmpty()) {
             m_ctx.prompter().inform(
                 mode == patients::kSearchCardNo
@@ -642,7 +643,7 @@ void frmRecords::cmdRenewClick()
     m_ctx.screens().openModal(QStringLiteral("frmRenew"),
                               {{QStringLiteral("PNo"), m_patient.pno},
                                {QStringLiteral("name"), m_patient.fullName},
-                               {QStringLiteral("tag"), QStringLiteral("RECORDS")}});
+                               {QStringLiteral("tag"), patients::kRenewFromAttendance}});
     if (m_patient.pno.isEmpty() || s.renewedPNo != m_patient.pno ||
         !s.renewedExpiryDate.isValid())
         return;

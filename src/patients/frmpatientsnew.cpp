@@ -11,6 +11,7 @@
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
+#include "patients/cardrenewal.h"
 #include "patients/duplicatecheck.h"
 #include "patients/patientrecord.h"
 #include "patients/patientrepo.h"
@@ -1332,7 +1333,25 @@ void frmPatientsNew::cmdCommClick()
 
 void frmPatientsNew::cmdRenewClick()
 {
-    m_ctx.screens().open(QStringLiteral("frmRenew"), {{QStringLiteral("PNo"), currentPNo()}});
+    const QString pno = currentPNo();
+    const QString name = QStringLiteral("%1 %2").arg(m_txtSurname->text().trimmed(),
+                                                     m_txtFirstName->text().trimmed());
+    // Asked for is enough: the next edit save bills the fee even if the desk leaves the
+    // renewal screen without renewing (the card may be renewed at the cashier's).
+    m_pendingCardRenewal = true;
+    Session& s = m_ctx.session();
+    s.CardRenewedFlag = false;
+    m_ctx.screens().openModal(QStringLiteral("frmRenew"),
+                              {{QStringLiteral("name"), name.trimmed()},
+                               {QStringLiteral("PNo"), pno},
+                               {QStringLiteral("tag"), patients::kRenewFromRegistration}});
+    // The hand-back is taken here: this screen bills through pendingCardRenewal, and a flag
+    // left in the session would bill the attendance screen's next save as well.
+    if (s.CardRenewedFlag && s.renewedPNo == pno)
+        m_dtExpDate->setDate(s.renewedExpiryDate);
+    s.CardRenewedFlag = false;
+    s.renewedPNo.clear();
+    s.renewedExpiryDate = QDate();
 }
 
 void frmPatientsNew::cmdPlanClick()

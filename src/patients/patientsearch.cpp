@@ -60,10 +60,11 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
     if (mode == kSearchPNo)
         return {QStringLiteral("SELECT PNo FROM hPatients WHERE PNo = ? ORDER BY SearchName, PNo"),
                 QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE PNo = ?"), {text}, {text}};
-    if (mode == kSearchNamePrefix) {
-        // The names that begin with the text lie together in the name index: the range
-        // reads just them, in order, however common or rare the text; the pattern keeps
-        // the result exact whatever the server's collation.
+    if (mode == kSearchSurname) {
+        // The folded name begins with the surname, so the surname's first letters are a
+        // prefix, and the names that begin with it lie together in the name index: the range
+        // reads just them, in order, however common or rare the text; the pattern keeps the
+        // result exact whatever the server's collation.
         const QString from = foldName(text);
         const QString name = c.backend() == db::Backend::Sqlite
                                  ? QStringLiteral("SearchName")

@@ -226,6 +226,13 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
         throw CheckFailed(
             QStringLiteral("Patient Cannot be Deleted!!! Has Consultation Information"));
 
+    removePatient(ctx, pno, name);
+    return true;
+}
+
+void removePatient(AppContext& ctx, const QString& pno, const QString& name)
+{
+    const Session& s = ctx.session();
     auto conn = ctx.openConnection();
     db::Transaction tx(*conn);
     conn->exec(QStringLiteral("INSERT INTO hpatientsArchive SELECT * FROM hPatients "
@@ -235,7 +242,6 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
     tx.commit();
     SpAudiTrail(ctx, s.userName, QStringLiteral("Delete Patient: %1 ").arg(name), pno,
                 QStringLiteral("Delete Patient: %1 ").arg(name), s.computerName);
-    return true;
 }
 
 QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject* parent)

@@ -109,5 +109,8 @@ QByteArray storedPhoto(db::Connection& c, const QString& pno);
 // Deletes a patient after the permission check and the question; false when the person
 // answered No. The row is archived first, and the deletion audited.
 bool deletePatient(AppContext& ctx, const QString& pno, const QString& name);
+// The deletion itself, for every screen that deletes a patient: the row is copied to the
+// archive and deleted in one transaction, then audited.
+void removePatient(AppContext& ctx, const QString& pno, const QString& name);
 
 }  // namespace tolmar::patients

@@ -2,11 +2,15 @@
 // picking and the card, purposes, editing, split bills, deleting, and what a failure in
 // the middle of a save leaves behind.
 #include "attendancefixture.h"
+#include "mainwindow/mainwindowfixture.h"
 
 #include "core/command.h"
+#include "core/formats.h"
 #include "core/idgen.h"
 #include "core/ui/formbuilder.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QTableView>
 
@@ -391,10 +395,10 @@ TEST_P(Attendance, NoNumberOrAFailureMidSaveWritesNothingAndTheNextSaveGoesThrou
     ws->exec(QStringLiteral("UPDATE idgen SET destName = 'ConsultID2' "
                             "WHERE destName = 'ConsultIDX'"));
 
-    refuseRowsOf(*ws, QStringLiteral("hhScreeningAttnd"), true);
+    refuseRows(*ws, QStringLiteral("hhScreeningAttnd"), true);
     save();
     EXPECT_EQ(desk->prompter.lastText().contains(QStringLiteral("refused")), true);
-    refuseRowsOf(*ws, QStringLiteral("hhScreeningAttnd"), false);
+    refuseRows(*ws, QStringLiteral("hhScreeningAttnd"), false);
     for (const char* table : {"hRecords", "billAccum", "hhScreeningAttnd"})
         EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM %1").arg(table)), 0) << table;
     EXPECT_EQ(s.attendanceForm().pno, kAdebayo);  // the fields stay for another try
@@ -428,3 +432,64 @@ TEST_P(Attendance, ADeskEditingAVisitAnotherDeskDeletedIsToldAndWritesNothing)
 }  // namespace
 
 TOLMAR_INSTANTIATE_BACKENDS(Attendance);
+
+namespace {
+
+// From the main window's menu to the bill: the renewal hand-over of frmRenew.
+class AttendanceRoad : public MainWindowTest {};
+
+TEST_P(AttendanceRoad, ACardRenewedFromTheVisitIsBilledOnceUnderRegistration)
+{
+    const QString pno = QStringLiteral("001/000000005");
+    addPatient(pno, QStringLiteral("OKORO"), QStringLiteral("EMEKA"), QStringLiteral("0001"),
+               today().addDays(-3));
+    open();
+    window->resize(kDeskLaptop);
+    desk->prompter.clear();  // the morning's sweep of expired cards
+    action(QStringLiteral("mnuREc"))->trigger();
+    QWidget* s = desk->ctx.screens().find(QStringLiteral("frmRecords"));
+    ASSERT_NE(s, nullptr);
+    auto takeVisit = [&] {
+        edit(s, "txtName")->setText(QStringLiteral("okoro"));
+        click(s, "cmdOK");
+        pick(s, "cboVehNo", QStringLiteral("OKORO EMEKA"));
+        pick(s, "cboType", QStringLiteral("GENERAL"));
+        pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
+    };
+    takeVisit();
+    EXPECT_EQ(desk->prompter.informs(),
+              (QStringList{"Patient's Card has Expired", "Patient's Card has Expired"}));
+    QTimer::singleShot(0, [&] {
+        QWidget* renewal = QApplication::activeModalWidget();
+        ASSERT_NE(renewal, nullptr);
+        desk->prompter.answerYes();
+        click(renewal, "cmdRenew");
+        click(renewal, "cmdClose");
+    });
+    click(s, "cmdRenew");
+    EXPECT_EQ(child<QLabel>(QStringLiteral("lblExpire"))->text(),
+              fmt::shortDate(today().addYears(1)));
+    pick(s, "cboType", QStringLiteral("GENERAL"));  // the card is good again
+    pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
+    saveScreenshot(window.get(), QStringLiteral("attendance-renewed"));
+    click(s, "OKButton");
+    takeVisit();  // the next visit of the same patient
+    click(s, "OKButton");
+
+    const db::Result lines = ws->connect()->query(
+        QStringLiteral("SELECT b.drgName, b.Category, b.Price, b.revType FROM billAccum b JOIN "
+                       "hRecords r ON r.consultID = b.consultID WHERE b.PNo = ? "
+                       "ORDER BY r.recID, b.drgName"),
+        {pno});
+    QStringList got;
+    for (const db::Row& r : lines.rows)
+        got << QStringLiteral("%1/%2/%3/%4").arg(r.text(u"drgName"), r.text(u"Category"),
+                                                 r.text(u"Price"), r.text(u"revType"));
+    EXPECT_EQ(got, (QStringList{"ATTENDANCE//0/CONSULTATION",
+                                "CARD RENEWAL FEE/REGISTRATION/1500/REGISTRATION",
+                                "ATTENDANCE//0/CONSULTATION"}));
+}
+
+}  // namespace
+
+TOLMAR_INSTANTIATE_BACKENDS(AttendanceRoad);

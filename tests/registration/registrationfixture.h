@@ -55,30 +55,30 @@ inline void fillNewPrivate(QWidget* s, const QString& surname = QStringLiteral("
     pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
 }
 
-// Makes the database refuse new rows of a table ("{table in lower case} refused"), so a save fails after
-// what it wrote before that table; `on` false lifts the refusal. DDL goes through execScript:
-// the statements path prepares, and PostgreSQL prepares no CREATE.
-inline void refuseRowsOf(const Workspace& ws, const QString& table, bool on)
+// Makes the database refuse every new row of `table`, so that a command fails at that write
+// after what came before it; `on` false lifts the refusal. DDL goes through execScript: the
+// statements path prepares, and PostgreSQL prepares no CREATE.
+inline void refuseRows(const Workspace& ws, const QString& table, bool on)
 {
     const bool lite = ws.backend() == db::Backend::Sqlite;
-    QString sql =
-        on ? (lite ? QStringLiteral("CREATE TRIGGER refuse_rows BEFORE INSERT ON %1 BEGIN "
-                                    "SELECT RAISE(ABORT, '%2 refused'); END;")
-                   : QStringLiteral("CREATE FUNCTION refuse_rows() RETURNS trigger AS $$ "
-                                    "BEGIN RAISE EXCEPTION '%2 refused'; END $$ LANGUAGE "
-                                    "plpgsql; CREATE TRIGGER refuse_rows BEFORE INSERT ON %1 "
-                                    "FOR EACH ROW EXECUTE FUNCTION refuse_rows();"))
-           : (lite ? QStringLiteral("DROP TRIGGER refuse_rows;")
-                   : QStringLiteral("DROP TRIGGER refuse_rows ON %1; DROP FUNCTION "
-                                    "refuse_rows();"));
+    const QString t = QStringLiteral("refuse_") + table.toLower();
     ws.connect()->execScript(
-        sql.replace(QStringLiteral("%1"), table).replace(QStringLiteral("%2"), table.toLower()));
+        (on ? (lite ? QStringLiteral("CREATE TRIGGER %1 BEFORE INSERT ON %2 BEGIN SELECT "
+                                     "RAISE(ABORT, '%2 refused'); END;")
+                    : QStringLiteral("CREATE FUNCTION %1() RETURNS trigger AS $$ BEGIN RAISE "
+                                     "EXCEPTION '%2 refused'; END $$ LANGUAGE plpgsql; CREATE "
+                                     "TRIGGER %1 BEFORE INSERT ON %2 FOR EACH ROW EXECUTE "
+                                     "FUNCTION %1();"))
+            : (lite ? QStringLiteral("DROP TRIGGER %1;")
+                    : QStringLiteral("DROP TRIGGER %1 ON %2; DROP FUNCTION %1();")))
+            .arg(t, table));
 }
 
-// The visit's timeline row is the last write of a registration save.
+// The visit's timeline row, the last write of a save: a save fails after everything else
+// of it was written.
 inline void refuseTimelineRows(const Workspace& ws, bool on)
 {
-    refuseRowsOf(ws, QStringLiteral("hPatientsTimeline"), on);
+    refuseRows(ws, QStringLiteral("hPatientsTimeline"), on);
 }
 
 class RegistrationTest : public BackendTest {

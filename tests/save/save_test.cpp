@@ -421,7 +421,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     refuseTimelineRows(*ws, true);
     frmPatientsNew& s = fillNewPrivate(QStringLiteral("SECOND"));
     save();
-    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("timeline refused")))
+    EXPECT_TRUE(desk->prompter.lastText().contains(QStringLiteral("hPatientsTimeline refused")))
         << desk->prompter.lastText().toStdString();
     EXPECT_EQ(newestPNo(), first);
     for (const char* table : {"hRecords", "billAccum", "hPatientsTimeline"})

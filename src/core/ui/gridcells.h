@@ -1,6 +1,8 @@
 #pragma once
 // Reading a grid's cells by column caption (any case).
 
+#include <QList>
+#include <QPair>
 #include <QString>
 
 class QAbstractItemModel;
@@ -14,5 +16,13 @@ int columnOf(const QAbstractItemModel* model, const QString& caption);
 QString currentText(const QTableView* view, const QString& caption);
 // Hides the named columns.
 void hideColumns(QTableView* view, const QStringList& captions);
+// A grid's view of `source` with only the named columns, in the order given, under the
+// screen's own captions ({column, caption}); the view takes the source's owner and owns
+// the source.
+QAbstractItemModel* captioned(QAbstractItemModel* source,
+                              const QList<QPair<QString, QString>>& columns);
+// Shows another list in the grid: the old rows are let go and no column stays hidden
+// from the list before.
+void replaceModel(QTableView* view, QAbstractItemModel* model);
 
 }  // namespace tolmar::grid
