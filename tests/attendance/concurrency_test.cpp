@@ -4,13 +4,7 @@
 #include "support/workspace.h"
 
 #include "clinical/attendance.h"
-#include "core/startup.h"
 
-#include <QThread>
-
-#include <atomic>
-#include <memory>
-#include <vector>
 
 using namespace tolmar;
 using namespace tolmar::test;
@@ -44,36 +38,15 @@ TEST_P(ConcurrentVisits, EveryVisitOnceWithItsLineAndEveryWaitingLineClaimedOnce
         ws->exec(QStringLiteral("INSERT INTO hPatients (PNo, psurname, CoyName) "
                                 "VALUES (?, 'SHARED', '0002')"),
                  {pno});
-    { Desk warm(*ws); warm.startUp(); }  // migrations once, before the desks race
-
-    std::atomic<int> failures{0};
-    std::vector<std::unique_ptr<QThread>> threads;
-    for (int d = 0; d < desks; ++d) {
-        threads.emplace_back(QThread::create([&, d] {
-            Desk desk(*ws);
-            if (runStartup(desk.ctx).outcome != StartupResult::Ok) {
-                failures += visits;
-                return;
-            }
-            for (int n = 0; n < visits; ++n) {
-                const QString pno = patients.at((d + n) % patients.size());
-                try {
-                    // A registration line left waiting by another desk's save.
-                    desk.ctx.db().exec(QStringLiteral("INSERT INTO billAccum (drgName, PNo, "
-                                                      "consultID) VALUES ('REGISTRATION', ?, '')"),
-                                       {pno});
-                    clinical::saveAttendance(desk.ctx, visitOf(pno));
-                } catch (const std::exception& e) {
-                    ++failures;
-                    ADD_FAILURE() << "desk " << d << ": " << e.what();
-                }
-            }
-        }));
-        threads.back()->start();
-    }
-    for (auto& t : threads)
-        t->wait();
-    EXPECT_EQ(failures.load(), 0);
+    const int failures = atManyDesks(*ws, desks, visits, [&](Desk& desk, int d, int n) {
+        const QString pno = patients.at((d + n) % patients.size());
+        // A registration line left waiting by another desk's save.
+        desk.ctx.db().exec(QStringLiteral("INSERT INTO billAccum (drgName, PNo, consultID) "
+                                          "VALUES ('REGISTRATION', ?, '')"),
+                           {pno});
+        return !clinical::saveAttendance(desk.ctx, visitOf(pno)).isEmpty();
+    });
+    EXPECT_EQ(failures, 0);
 
     auto c = ws->connect();
     auto number = [&](const char* sql) { return c->scalar(QString::fromLatin1(sql)).toInt(); };
