@@ -5,3 +5,8 @@
 
 DROP INDEX ix_hrecords_recdate;
 CREATE INDEX ix_hrecords_recdate ON hRecords (recDate, recID);
+
+-- How many visits today has, for the list's caption: counted off that index alone, without
+-- the patient and payer each row of the list joins.
+CREATE VIEW qryhVisitsForTodayCount AS
+SELECT COUNT(*) AS Visits FROM hRecords WHERE recDate = $TODAY;

@@ -329,7 +329,7 @@ QAbstractItemModel* visitsForToday(db::Connection& c, QObject* parent)
 
 int visitsForTodayCount(db::Connection& c)
 {
-    return c.scalar(QStringLiteral("SELECT COUNT(*) FROM qryhVisitsForToday")).toInt();
+    return c.scalar(QStringLiteral("SELECT Visits FROM qryhVisitsForTodayCount")).toInt();
 }
 
 QAbstractItemModel* doctorsQueue(db::Connection& c, const QDate& day, QObject* parent)
