@@ -199,6 +199,7 @@ int main(int argc, char* argv[])
 
         // Picking: random patients, all the reads of the six steps.
         Timing pickTimes;
+        int onFile = 0;
         QRandomGenerator rng(7);
         for (int i = 0; i < runs; ++i) {
             const QString pno = pnoOf(1 + qint64(rng.bounded(quint32(patients))));
@@ -212,8 +213,10 @@ int main(int argc, char* argv[])
             }
             patients::storedPhoto(c, pno);
             pickTimes.add(t);
+            onFile += picked.found ? 1 : 0;
         }
         printTiming("picking a patient", pickTimes);
+        std::printf("%-34s %d of %d\n", "patients picked that were on file", onFile, runs);
 
         if (c.backend() != db::Backend::Postgres)
             return 0;
