@@ -8,5 +8,6 @@ CREATE INDEX ix_hrecords_recdate ON hRecords (recDate, recID);
 
 -- How many visits today has, for the list's caption: counted off that index alone, without
 -- the patient and payer each row of the list joins.
+DROP VIEW IF EXISTS qryhVisitsForTodayCount;
 CREATE VIEW qryhVisitsForTodayCount AS
 SELECT COUNT(*) AS Visits FROM hRecords WHERE recDate = $TODAY;
