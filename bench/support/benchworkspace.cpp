@@ -1,6 +1,7 @@
 #include "benchworkspace.h"
 
 #include "core/demoworkspace.h"
+#include "core/startup.h"
 #include "platform/files.h"
 
 #include <QDir>
@@ -14,6 +15,14 @@ void say(const QString& line)
 {
     std::fprintf(stderr, "%s\n", qPrintable(line));
     std::fflush(stderr);
+}
+
+BenchDesk::BenchDesk(const QString& home) : m_ctx(home, m_prompter, m_clock)
+{
+    m_ctx.endProcess = [](int) {};
+    const auto r = runStartup(m_ctx);
+    if (r.outcome != StartupResult::Ok)
+        throw std::runtime_error("start-up failed: " + r.message.toStdString());
 }
 
 QString defaultBenchDir() { return QStringLiteral("/tmp/tolmar-bench"); }

@@ -2,7 +2,10 @@
 // A demo workspace of many generated patients, made once under a folder and reused by
 // later runs of any benchmark: generating a million patients takes minutes.
 
+#include "core/appcontext.h"
+#include "core/clock.h"
 #include "platform/db.h"
+#include "platform/prompt.h"
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
@@ -32,6 +35,20 @@ struct WorkspaceOptions {
     QCommandLineOption dir{QStringLiteral("dir"), QStringLiteral("workspace folder"),
                            QStringLiteral("DIR"), defaultBenchDir()};
     void addTo(QCommandLineParser& cl) const { cl.addOptions({patients, pg, dir}); }
+};
+
+// A desk on a workspace, started up as a desk starts in the morning, with a scripted person
+// and the machine's clock. Throws when the start-up does not get through.
+class BenchDesk {
+public:
+    explicit BenchDesk(const QString& home);
+    AppContext& ctx() { return m_ctx; }
+    ScriptedPrompter& prompter() { return m_prompter; }
+
+private:
+    ScriptedPrompter m_prompter;
+    Clock m_clock;
+    AppContext m_ctx;
 };
 
 // Progress and failures, on stderr so that stdout carries the figures only.

@@ -126,6 +126,12 @@ double screeningAmount(db::Connection& c, const QString& retainID)
                     {retainID});
 }
 
+double serviceAmount(db::Connection& c, int sno)
+{
+    return amountOf(c, QStringLiteral("SELECT Price AS Amount FROM hServiceNHIS WHERE SNo = ?"),
+                    {sno});
+}
+
 double getServiceFeeForReg(db::Connection& c, const VisitBill& bill, const QString& retainID)
 {
     const double fee = registrationAmount(c, retainID);

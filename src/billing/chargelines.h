@@ -23,6 +23,8 @@ double registrationAmount(db::Connection& c, const QString& retainID);
 double cardRenewAmount(db::Connection& c, const QString& retainID);
 double consultationAmount(db::Connection& c, const QString& retainID);
 double screeningAmount(db::Connection& c, const QString& retainID);
+// The price of one service of hServiceNHIS by its number; 0 when there is no such service.
+double serviceAmount(db::Connection& c, int sno);
 
 // What every line of one visit carries.
 struct VisitBill {

@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QScreen>
 #include <QWidget>
 
 namespace tolmar {
@@ -146,6 +147,16 @@ QWidget* ScreenHost::activeScreen() const
     if (!sub && !m_area->subWindowList().isEmpty())
         sub = m_area->currentSubWindow();
     return sub ? sub->widget() : nullptr;
+}
+
+void ScreenHost::centreOverFrame(QWidget* dialog) const
+{
+    const QWidget* anchor = m_area ? m_area->window() : nullptr;
+    const QRect area = anchor ? anchor->frameGeometry()
+                              : (dialog->screen() ? dialog->screen()->availableGeometry()
+                                                  : QRect());
+    if (area.isValid())
+        dialog->move(area.center() - dialog->rect().center());
 }
 
 }  // namespace tolmar

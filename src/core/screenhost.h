@@ -47,6 +47,9 @@ public:
     QWidget* find(const QString& name) const;
     // The active child window of the frame (the screen the user works in), if any.
     QWidget* activeScreen() const;
+    // Moves a small dialog over the middle of the main window, where the desk's eyes
+    // already are (over the screen's work area when there is no frame). Called as it shows.
+    void centreOverFrame(QWidget* dialog) const;
 
 private:
     QWidget* create(const QString& name, const QVariantMap& args);

@@ -107,7 +107,13 @@ struct Session {
     QString lastIdentifier;
     QString currentPNo;
     QString currentPatientName;
-    bool renewalFlag = false;
+    // What frmRenew hands back to the screen that opened it with the tag "REG" or
+    // "RECORDS", once a renewal went through: whose card, its new expiry date, and the flag
+    // that has the opener's next save bill the renewal fee. The opener takes them on return
+    // and clears them with its own save or clearFields; the menu's renewal sets none.
+    QString renewedPNo;
+    QDate renewedExpiryDate;
+    bool CardRenewedFlag = false;
     bool notificationFlag = false;
     bool newWorkFlag = false;
     bool debtShown = false;

@@ -129,7 +129,9 @@ StartupResult runStartup(AppContext& ctx)
     Session& s = ctx.session();
     try {
         // 1. Flags of the previous run, then made.sys.
-        s.renewalFlag = false;
+        s.CardRenewedFlag = false;
+        s.renewedPNo.clear();
+        s.renewedExpiryDate = QDate();
         s.notificationFlag = false;
         const auto made = files::readLines(ctx.homePath(QStringLiteral("made.sys")));
         if (!made)

@@ -11,6 +11,7 @@
 #include "core/screenhost.h"
 #include "core/ui/formbuilder.h"
 #include "core/ui/gridcells.h"
+#include "patients/cardrenewal.h"
 #include "patients/duplicatecheck.h"
 #include "patients/patientrecord.h"
 #include "patients/patientrepo.h"
@@ -63,35 +64,10 @@ constexpr int kQueueRefreshMs = 60000;
 
 enum Tab { TabRegistration = 0, TabPatients = 1, TabHistory = 2 };
 
-void fill(QComboBox* box, const QStringList& items)
-{
-    const QSignalBlocker quiet(box);
-    box->clear();
-    box->addItems(items);
-    box->setCurrentIndex(-1);
-}
-
 // Selects the entry with this text; -1 (nothing) when the list does not hold it.
 void choose(QComboBox* box, const QString& text)
 {
     box->setCurrentIndex(text.isEmpty() ? -1 : box->findText(text));
-}
-
-void chooseQuietly(QComboBox* box, const QString& text)
-{
-    const QSignalBlocker quiet(box);
-    choose(box, text);
-}
-
-int chooseByKey(QComboBox* box, const QString& key)
-{
-    for (int i = 0; i < box->count(); ++i)
-        if (listentry::key(box->itemText(i)).trimmed() == key.trimmed()) {
-            box->setCurrentIndex(i);
-            return i;
-        }
-    box->setCurrentIndex(-1);
-    return -1;
 }
 
 // A control and a companion side by side on one form row.
@@ -420,29 +396,29 @@ void frmPatientsNew::buildGrids()
 
 void frmPatientsNew::loadStaticLists()
 {
-    fill(m_cboNew, {QStringLiteral("NEW"), QStringLiteral("EXISTING")});
-    fill(m_cboTitle, titles());
-    fill(m_txtSex, {QStringLiteral("MALE"), QStringLiteral("FEMALE")});
-    fill(m_cboMat, maturities());
-    fill(m_cboFile, cardDurations());
-    fill(m_cboCard, {QStringLiteral("SINGLE"), QStringLiteral("FAMILY")});
+    ui::fillQuietly(m_cboNew, {QStringLiteral("NEW"), QStringLiteral("EXISTING")});
+    ui::fillQuietly(m_cboTitle, titles());
+    ui::fillQuietly(m_txtSex, {QStringLiteral("MALE"), QStringLiteral("FEMALE")});
+    ui::fillQuietly(m_cboMat, maturities());
+    ui::fillQuietly(m_cboFile, cardDurations());
+    ui::fillQuietly(m_cboCard, {QStringLiteral("SINGLE"), QStringLiteral("FAMILY")});
     const QStringList yesNo{QStringLiteral("YES"), QStringLiteral("NO")};
-    fill(m_cboRef, yesNo);
-    fill(m_cboRefHmo, yesNo);
-    fill(m_cboMStatus, {QStringLiteral("SINGLE"), QStringLiteral("MARRIED")});
-    fill(m_txtBG, bloodGroups());
-    fill(m_txtGeno, genotypes());
-    fill(m_cboStatus, religions());
-    fill(m_txtKinRel, relations());
+    ui::fillQuietly(m_cboRef, yesNo);
+    ui::fillQuietly(m_cboRefHmo, yesNo);
+    ui::fillQuietly(m_cboMStatus, {QStringLiteral("SINGLE"), QStringLiteral("MARRIED")});
+    ui::fillQuietly(m_txtBG, bloodGroups());
+    ui::fillQuietly(m_txtGeno, genotypes());
+    ui::fillQuietly(m_cboStatus, religions());
+    ui::fillQuietly(m_txtKinRel, relations());
 }
 
 void frmPatientsNew::loadBoxes()
 {
     db::Connection& c = m_ctx.db();
-    fill(m_cboArea, QStringList{QString()} + areaNames(c));
-    fill(m_cboPat, payerEntries(c, m_ctx.session().defaults.PRIVATE));
-    fill(m_cboIntro, introducerEntries(c));
-    fill(m_cboPurpose, purposes(c));
+    ui::fillQuietly(m_cboArea, QStringList{QString()} + areaNames(c));
+    ui::fillQuietly(m_cboPat, payerEntries(c, m_ctx.session().defaults.PRIVATE));
+    ui::fillQuietly(m_cboIntro, introducerEntries(c));
+    ui::fillQuietly(m_cboPurpose, purposes(c));
     const QSignalBlocker quiet(m_cboClin);
     m_cboClin->clear();
     for (const Clinic& clinic : attendanceClinics(c))
@@ -622,7 +598,7 @@ void frmPatientsNew::cmdAddClick()
     showTab(TabRegistration);
     m_dtRegDate->setDate(s.serverDate);
     setMode(Mode::Add);
-    chooseQuietly(m_cboRefHmo, QStringLiteral("NO"));
+    ui::chooseQuietly(m_cboRefHmo, QStringLiteral("NO"));
     m_txtSupp->clear();
     m_chkReg->setChecked(true);
     ui::setBlank(m_dtDate);
@@ -941,19 +917,19 @@ void frmPatientsNew::editVal(const QString& pno)
             ~Done() { flag = false; }
         } done{m_isLoadingRow};
 
-        chooseQuietly(m_cboNew, r.text(u"newReg") == QLatin1String("YES")
+        ui::chooseQuietly(m_cboNew, r.text(u"newReg") == QLatin1String("YES")
                                     ? QStringLiteral("NEW")
                                     : QStringLiteral("EXISTING"));
-        chooseQuietly(m_cboTitle, r.text(u"title"));
+        ui::chooseQuietly(m_cboTitle, r.text(u"title"));
         m_txtSurname->setText(r.text(u"Surname"));
         m_lastSurnameChecked = r.text(u"Surname");
         m_txtFirstName->setText(r.text(u"Firstname"));
         m_txtHomeAddress->setText(r.text(u"homeAddress"));
-        chooseQuietly(m_cboArea, r.text(u"Area"));
+        ui::chooseQuietly(m_cboArea, r.text(u"Area"));
         m_txtOfficeAddress->setText(r.text(u"OfficeAddress"));
         m_txtPhone->setText(r.text(u"PhoneNo"));
         m_txtEmail->setText(r.text(u"email"));
-        chooseQuietly(m_txtSex, r.text(u"Sex"));
+        ui::chooseQuietly(m_txtSex, r.text(u"Sex"));
         if (r.date(u"DOB").isValid()) {
             m_dtDate->setDate(r.date(u"DOB"));
         } else {
@@ -961,10 +937,10 @@ void frmPatientsNew::editVal(const QString& pno)
             m_txtAge->clear();
         }
         if (!r.text(u"Maturity").isEmpty())
-            chooseQuietly(m_cboMat, r.text(u"Maturity"));
+            ui::chooseQuietly(m_cboMat, r.text(u"Maturity"));
         if (!r.text(u"fileDuration").isEmpty())
-            chooseQuietly(m_cboFile, r.text(u"fileDuration"));
-        chooseQuietly(m_cboCard, r.text(u"CardType"));
+            ui::chooseQuietly(m_cboFile, r.text(u"fileDuration"));
+        ui::chooseQuietly(m_cboCard, r.text(u"CardType"));
         m_txtSupp->setText(r.text(u"pno"));
         m_txtOLD->setText(r.text(u"oldPno"));
         m_dtRegDate->setDate(r.date(u"regDate").isValid() ? r.date(u"regDate")
@@ -977,7 +953,7 @@ void frmPatientsNew::editVal(const QString& pno)
         {
             const QSignalBlocker quiet(m_cboPat);
             if (!r.text(u"client").isEmpty())
-                chooseByKey(m_cboPat, m_loadedRetainID);
+                ui::chooseKeyQuietly(m_cboPat, m_loadedRetainID);
             else
                 m_cboPat->setCurrentIndex(-1);
         }
@@ -1005,21 +981,21 @@ void frmPatientsNew::editVal(const QString& pno)
             choose(m_txtPolicy, plan);
         }
         m_txtEmp->setText(r.text(u"empNo"));
-        chooseQuietly(m_cboRef, r.text(u"ref").isEmpty() ? QStringLiteral("NO") : r.text(u"ref"));
-        chooseQuietly(m_cboRefHmo,
+        ui::chooseQuietly(m_cboRef, r.text(u"ref").isEmpty() ? QStringLiteral("NO") : r.text(u"ref"));
+        ui::chooseQuietly(m_cboRefHmo,
                       r.text(u"HmoRef").isEmpty() ? QStringLiteral("NO") : r.text(u"HmoRef"));
         {
             const QSignalBlocker quiet(m_cboIntro);
-            chooseByKey(m_cboIntro, r.text(u"introducedBy"));
+            ui::chooseKeyQuietly(m_cboIntro, r.text(u"introducedBy"));
         }
-        chooseQuietly(m_cboMStatus, r.text(u"Marital"));
-        chooseQuietly(m_txtBG, r.text(u"bloodGroup"));
-        chooseQuietly(m_txtGeno, r.text(u"genotype"));
+        ui::chooseQuietly(m_cboMStatus, r.text(u"Marital"));
+        ui::chooseQuietly(m_txtBG, r.text(u"bloodGroup"));
+        ui::chooseQuietly(m_txtGeno, r.text(u"genotype"));
         m_txtOccu->setText(r.text(u"occupation"));
-        chooseQuietly(m_cboStatus, r.text(u"religion"));
+        ui::chooseQuietly(m_cboStatus, r.text(u"religion"));
         m_txtKin->setText(r.text(u"nextOfKin"));
         m_txtNOKPhone->setText(r.text(u"nokPhone"));
-        chooseQuietly(m_txtKinRel, r.text(u"relationToKin"));
+        ui::chooseQuietly(m_txtKinRel, r.text(u"relationToKin"));
         m_txtKinAddress->setText(r.text(u"kinAddress"));
         // No limit on file is not a limit of 0 ("no limit"): a blank goes back as NULL.
         m_txtAdmitLimit->setText(r.isNull(u"AdmissionDaysLimit")
@@ -1332,7 +1308,25 @@ void frmPatientsNew::cmdCommClick()
 
 void frmPatientsNew::cmdRenewClick()
 {
-    m_ctx.screens().open(QStringLiteral("frmRenew"), {{QStringLiteral("PNo"), currentPNo()}});
+    const QString pno = currentPNo();
+    const QString name = QStringLiteral("%1 %2").arg(m_txtSurname->text().trimmed(),
+                                                     m_txtFirstName->text().trimmed());
+    // Asked for is enough: the next edit save bills the fee even if the desk leaves the
+    // renewal screen without renewing (the card may be renewed at the cashier's).
+    m_pendingCardRenewal = true;
+    Session& s = m_ctx.session();
+    s.CardRenewedFlag = false;
+    m_ctx.screens().openModal(QStringLiteral("frmRenew"),
+                              {{QStringLiteral("name"), name.trimmed()},
+                               {QStringLiteral("PNo"), pno},
+                               {QStringLiteral("tag"), patients::kRenewFromRegistration}});
+    // The hand-back is taken here: this screen bills through pendingCardRenewal, and a flag
+    // left in the session would bill the attendance screen's next save as well.
+    if (s.CardRenewedFlag && s.renewedPNo == pno)
+        m_dtExpDate->setDate(s.renewedExpiryDate);
+    s.CardRenewedFlag = false;
+    s.renewedPNo.clear();
+    s.renewedExpiryDate = QDate();
 }
 
 void frmPatientsNew::cmdPlanClick()

@@ -7,9 +7,7 @@
 #include "patients/registrationdesk.h"
 
 #include <QAbstractItemModel>
-#include <QApplication>
 #include <QPushButton>
-#include <QScreen>
 #include <QTableView>
 
 namespace tolmar {
@@ -35,12 +33,7 @@ frmVerify::frmVerify(AppContext& ctx, const QVariantMap& args, QWidget* parent)
 void frmVerify::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
-    // Over the main window, where the desk's eyes already are.
-    const QWidget* anchor = m_ctx.screens().frame() ? m_ctx.screens().frame()->window() : nullptr;
-    const QRect area = anchor ? anchor->frameGeometry()
-                              : (screen() ? screen()->availableGeometry() : QRect());
-    if (area.isValid())
-        move(area.center() - rect().center());
+    m_ctx.screens().centreOverFrame(this);
 }
 
 void frmVerify::done(int result)

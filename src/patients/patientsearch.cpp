@@ -55,6 +55,26 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
                                "ORDER BY SearchName, PNo"),
                 QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"),
                 {text}, {text}};
+    if (mode == kSearchPNo)
+        return {QStringLiteral("SELECT PNo FROM hPatients WHERE PNo = ? ORDER BY SearchName, PNo"),
+                QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE PNo = ?"), {text}, {text}};
+    if (mode == kSearchSurname) {
+        // The folded name begins with the surname, so the surname's first letters are a
+        // prefix, and the names that begin with it lie together in the name index: the range
+        // reads just them, in order, however common or rare the text; the pattern keeps the
+        // result exact whatever the server's collation.
+        const QString from = foldName(text);
+        const QString name = c.backend() == db::Backend::Sqlite
+                                 ? QStringLiteral("SearchName")
+                                 : QStringLiteral("(SearchName || '')");
+        const QString where =
+            QStringLiteral("FROM hPatients WHERE %1 >= ? AND %1 < ? AND %1 LIKE ? ESCAPE '\\'")
+                .arg(name);
+        const db::Params params{from, from + QChar(0xFFFF), like::startsWith(from)};
+        return {QStringLiteral("SELECT PNo ") + where + QStringLiteral(" ORDER BY ") + name +
+                    QStringLiteral(", PNo"),
+                QStringLiteral("SELECT COUNT(*) ") + where, params, params};
+    }
     const bool phone = mode == kSearchSysNo;
     if (!phone && mode != kSearchName)
         throw db::DbError(QStringLiteral("Unknown search mode: %1").arg(mode));

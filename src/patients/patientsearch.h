@@ -24,6 +24,10 @@ namespace tolmar::patients {
 inline const QString kSearchName = QStringLiteral("Name");
 inline const QString kSearchCardNo = QStringLiteral("CardNo");
 inline const QString kSearchSysNo = QStringLiteral("SysNo");  // the telephone search
+// The first letters of the surname, as "Find a Record" looks a patient up.
+inline const QString kSearchSurname = QStringLiteral("Surname");
+// One System No exactly, as the attendance screen looks a patient up by it.
+inline const QString kSearchPNo = QStringLiteral("PNo");
 
 struct SearchOutcome {
     // The rows of vwhpatients found, ordered by FullName, for a grid; owned by the parent
@@ -40,8 +44,8 @@ struct SearchOutcome {
     bool failed() const { return !error.isEmpty(); }
 };
 
-// Searches by mode ("Name", "CardNo" or "SysNo") for the trimmed text, at most `limit`
-// rows (0: no limit). Blank text finds nothing and reads "0 Records Found". Never throws:
+// Searches by mode ("Name", "CardNo", "SysNo", "Surname" or "PNo") for the trimmed text, at
+// most `limit` rows (0: no limit). Blank text finds nothing and reads "0 Records Found". Never throws:
 // a failure comes back in `error`.
 SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,
                              const QString& text, QObject* parent);

@@ -42,7 +42,9 @@ PayerChoice payerChoice(db::Connection& c, const QString& entry)
 
 QStringList payerEntries(db::Connection& c, const QString& privateRetainID)
 {
-    QStringList out{listentry::make(QStringLiteral("(PRIVATE)"), privateRetainID)};
+    QStringList out;
+    if (!privateRetainID.isEmpty())
+        out << listentry::make(QStringLiteral("(PRIVATE)"), privateRetainID);
     const db::Result r = c.query(QStringLiteral(
         "SELECT DISTINCT RetainID, ClientName FROM vwhRetainerShip ORDER BY ClientName"));
     for (const db::Row& row : r.rows)
@@ -50,7 +52,7 @@ QStringList payerEntries(db::Connection& c, const QString& privateRetainID)
     return out;
 }
 
-QStringList planEntries(db::Connection& c, const QString& retainID)
+QStringList planEntries(db::Connection& c, const QString& retainID, PlanList shape)
 {
     const db::Result r = c.query(QStringLiteral("SELECT DISTINCT PlanName, PlanID FROM vwhmoPlan "
                                                 "WHERE retainID = ? ORDER BY PlanName"),
@@ -58,6 +60,8 @@ QStringList planEntries(db::Connection& c, const QString& retainID)
     QStringList out;
     for (const db::Row& row : r.rows)
         out << listentry::make(row.text(u"PlanName"), row.text(u"PlanID"));
+    if (shape == PlanList::Attendance)
+        return QStringList{QString(), QStringLiteral("NIL")} + out;
     if (out.isEmpty())
         out << QStringLiteral("NIL");
     return out;
@@ -125,7 +129,8 @@ double parseAmount(const QString& text)
     return ok ? v : 0.0;
 }
 
-PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID)
+PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID,
+                        std::optional<int> consultationService)
 {
     PurposeFees f;
     if (purpose == QLatin1String("SCREENING") || purpose == QLatin1String("EXEC-SCREENING") ||
@@ -136,8 +141,19 @@ PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString
     }
     f.purposeClass = purpose;
     if (purpose == QLatin1String("CONSULTATION") || purpose == QLatin1String("(CONSULTATION)"))
-        f.consultation = billing::consultationAmount(c, retainID);
+        f.consultation = consultationService
+                             ? billing::serviceAmount(c, *consultationService)
+                             : billing::consultationAmount(c, retainID);
     return f;
+}
+
+bool cardRunOut(db::Connection& c, const QString& pno, const QDate& expiry, const QDate& today)
+{
+    if (!expiry.isValid() || expiry > today)
+        return false;
+    if (!pno.isEmpty())
+        c.exec(QStringLiteral("UPDATE hPatients SET expired = 1 WHERE PNo = ?"), {pno});
+    return true;
 }
 
 void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out)
@@ -187,10 +203,7 @@ void chooseClinic(AppContext& ctx, const ClinicRequest& req, ClinicChoice& out)
         throw CheckFailed(QStringLiteral(" Please Specify Expiration Date for this Private "
                                          "Patient"),
                           QStringLiteral("dtExpDate"));
-    if (req.expiryDate <= s.serverDate) {
-        // Marked at once: the card is expired whether or not this visit is ever saved.
-        if (!req.pno.isEmpty())
-            c.exec(QStringLiteral("UPDATE hPatients SET expired = 1 WHERE PNo = ?"), {req.pno});
+    if (cardRunOut(c, req.pno, req.expiryDate, s.serverDate)) {
         out.renewEnabled = true;
         throw CheckFailed(QStringLiteral("Patient's Card has Expired"), clinicBox);
     }
@@ -213,6 +226,13 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
         throw CheckFailed(
             QStringLiteral("Patient Cannot be Deleted!!! Has Consultation Information"));
 
+    removePatient(ctx, pno, name);
+    return true;
+}
+
+void removePatient(AppContext& ctx, const QString& pno, const QString& name)
+{
+    const Session& s = ctx.session();
     auto conn = ctx.openConnection();
     db::Transaction tx(*conn);
     conn->exec(QStringLiteral("INSERT INTO hpatientsArchive SELECT * FROM hPatients "
@@ -222,7 +242,6 @@ bool deletePatient(AppContext& ctx, const QString& pno, const QString& name)
     tx.commit();
     SpAudiTrail(ctx, s.userName, QStringLiteral("Delete Patient: %1 ").arg(name), pno,
                 QStringLiteral("Delete Patient: %1 ").arg(name), s.computerName);
-    return true;
 }
 
 QAbstractItemModel* registrationsOf(db::Connection& c, const QDate& day, QObject* parent)

@@ -34,10 +34,14 @@ struct PayerChoice {
 };
 PayerChoice payerChoice(db::Connection& c, const QString& entry);
 
-// The payer list: "(PRIVATE) [{private code}]" first, then every client by name.
+// The payer list: "(PRIVATE) [{private code}]" first when a private code is given, then
+// every client by name.
 QStringList payerEntries(db::Connection& c, const QString& privateRetainID);
-// The payer's plans, "{PlanName} [{PlanID}]"; "NIL" alone when the payer has none.
-QStringList planEntries(db::Connection& c, const QString& retainID);
+// The payer's plans, "{PlanName} [{PlanID}]". The registration screen offers "NIL" alone when
+// the payer has none; the attendance screen always offers "" and "NIL" before the plans.
+enum class PlanList { Registration, Attendance };
+QStringList planEntries(db::Connection& c, const QString& retainID,
+                        PlanList shape = PlanList::Registration);
 // "{LastName} {FirstName} [{empID}]" for every employee.
 QStringList introducerEntries(db::Connection& c);
 QStringList areaNames(db::Connection& c);
@@ -65,7 +69,14 @@ struct PurposeFees {
     double screening = 0;
     double consultation = 0;
 };
-PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID);
+// The consultation fee is the payer's ConAmount, or, given a service number, the price of
+// that service (the attendance screen's PVT_CONFEE_SNO).
+PurposeFees purposeFees(db::Connection& c, const QString& purpose, const QString& retainID,
+                        std::optional<int> consultationService = std::nullopt);
+
+// Whether a card has run out by `today` (an expiry of today counts). One that has is marked
+// expired on the patient at once, whether or not anything is saved afterwards.
+bool cardRunOut(db::Connection& c, const QString& pno, const QDate& expiry, const QDate& today);
 
 // Choosing a clinic for a visit.
 struct ClinicRequest {
@@ -98,5 +109,8 @@ QByteArray storedPhoto(db::Connection& c, const QString& pno);
 // Deletes a patient after the permission check and the question; false when the person
 // answered No. The row is archived first, and the deletion audited.
 bool deletePatient(AppContext& ctx, const QString& pno, const QString& name);
+// The deletion itself, for every screen that deletes a patient: the row is copied to the
+// archive and deleted in one transaction, then audited.
+void removePatient(AppContext& ctx, const QString& pno, const QString& name);
 
 }  // namespace tolmar::patients

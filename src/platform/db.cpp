@@ -12,7 +12,7 @@
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QSqlQueryModel>
+#include <QAbstractTableModel>
 #include <QSqlRecord>
 #include <QTime>
 
@@ -724,28 +724,87 @@ namespace {
 // The model reads on a connection of its own: rows are fetched as the view scrolls, and on
 // SQLite an unfinished read pins its connection to the moment it began, so a grid on a
 // shared connection would keep every later statement there from seeing new rows.
-class GridModel : public QSqlQueryModel {
+// The read goes forward only and the model keeps what it has read: PostgreSQL then streams
+// the rows (single-row mode) instead of handing the whole result over at once, so a list of
+// a million patients shows its first page as soon as the server has it.
+class GridModel : public QAbstractTableModel {
 public:
     GridModel(std::unique_ptr<Connection> own, QObject* parent)
-        : QSqlQueryModel(parent), m_own(std::move(own))
+        : QAbstractTableModel(parent), m_own(std::move(own))
     {
     }
-    ~GridModel() override { clear(); }  // the query goes before its connection
+    void start(QSqlQuery q)
+    {
+        m_query = std::move(q);
+        m_record = m_query.record();
+        fetchPage();
+    }
+    int rowCount(const QModelIndex& parent = {}) const override
+    {
+        return parent.isValid() ? 0 : int(m_rows.size());
+    }
+    int columnCount(const QModelIndex& parent = {}) const override
+    {
+        return parent.isValid() ? 0 : m_record.count();
+    }
+    QVariant headerData(int section, Qt::Orientation o, int role) const override
+    {
+        if (o == Qt::Horizontal && role == Qt::DisplayRole && section < m_record.count())
+            return m_record.fieldName(section);
+        return QAbstractTableModel::headerData(section, o, role);
+    }
+    bool canFetchMore(const QModelIndex& parent) const override
+    {
+        return !parent.isValid() && !m_atEnd;
+    }
+    void fetchMore(const QModelIndex& parent) override
+    {
+        if (!parent.isValid())
+            fetchPage();
+    }
     QVariant data(const QModelIndex& index, int role) const override
     {
-        const QVariant v = QSqlQueryModel::data(index, role);
-        if (role != Qt::DisplayRole)
+        if (!index.isValid() || index.row() >= rowCount() || index.column() >= columnCount())
+            return {};
+        const QVariant& v = m_rows[size_t(index.row())][size_t(index.column())];
+        if (role == Qt::EditRole)
             return v;
+        if (role != Qt::DisplayRole)
+            return {};
         if (!v.isValid() || v.isNull())
-            return QString();
-        const QSqlRecord rec = record(index.row());
-        if (rec.isNull(index.column()))
             return QString();
         return displayValue(v);
     }
 
 private:
-    std::unique_ptr<Connection> m_own;
+    void fetchPage()
+    {
+        // As many rows as a few screens show; the view asks for more as it scrolls.
+        constexpr int kPage = 256;
+        std::vector<std::vector<QVariant>> page;
+        while (int(page.size()) < kPage && m_query.next()) {
+            std::vector<QVariant> row(size_t(m_record.count()));
+            for (int c = 0; c < m_record.count(); ++c)
+                row[size_t(c)] = m_query.value(c);
+            page.push_back(std::move(row));
+        }
+        if (int(page.size()) < kPage) {
+            m_atEnd = true;
+            m_query.finish();
+        }
+        if (page.empty())
+            return;
+        beginInsertRows({}, int(m_rows.size()), int(m_rows.size() + page.size()) - 1);
+        for (auto& r : page)
+            m_rows.push_back(std::move(r));
+        endInsertRows();
+    }
+
+    std::unique_ptr<Connection> m_own;  // declared first: the query goes before it
+    QSqlQuery m_query;
+    QSqlRecord m_record;
+    std::vector<std::vector<QVariant>> m_rows;
+    bool m_atEnd = false;
 };
 }  // namespace
 
@@ -757,6 +816,7 @@ QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& para
         own = std::make_unique<Connection>(m_config, m_db);
     QSqlDatabase d = QSqlDatabase::database(own ? own->m_name : m_name, false);
     QSqlQuery q(d);
+    q.setForwardOnly(true);
     if (!q.prepare(sql))
         throw toDbError(q.lastError(), sql, d);
     for (int i = 0; i < int(params.size()); ++i)
@@ -764,9 +824,7 @@ QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& para
     if (!q.exec())
         throw toDbError(q.lastError(), sql, d);
     auto* model = new GridModel(std::move(own), parent);
-    model->setQuery(std::move(q));
-    if (model->lastError().isValid())
-        throw toDbError(model->lastError(), sql, d);
+    model->start(std::move(q));
     return model;
 }
 

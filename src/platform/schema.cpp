@@ -96,8 +96,12 @@ constexpr Spelling kSpellings[] = {
     {"NOW", 0, "datetime('now', 'localtime')", "LOCALTIMESTAMP(0)"},
     // "MM-DD" of a date, for birthdays.
     {"MONTHDAY", 1, "strftime('%m-%d', %1)", "to_char(%1, 'MM-DD')"},
-    // Whole years from the second date to the first.
-    {"YEARS", 2, "CAST((julianday(%1) - julianday(%2)) / 365.25 AS INTEGER)",
+    // Whole days from the second date to the first.
+    {"DAYS", 2, "CAST(julianday(%1) - julianday(%2) AS INTEGER)", "(%1 - %2)"},
+    // Whole years from the second date to the first: a birthday counts on its day.
+    {"YEARS", 2,
+     "(CAST(strftime('%Y', %1) AS INTEGER) - CAST(strftime('%Y', %2) AS INTEGER) - "
+     "(strftime('%m-%d', %1) < strftime('%m-%d', %2)))",
      "CAST(date_part('year', age(%1, %2)) AS INTEGER)"},
 };
 

@@ -55,24 +55,30 @@ inline void fillNewPrivate(QWidget* s, const QString& surname = QStringLiteral("
     pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
 }
 
-// Makes the database refuse the visit's timeline row, the last write of a save, so a save
-// fails after everything else of it was written; `on` false lifts the refusal. DDL goes
-// through execScript: the statements path prepares, and PostgreSQL prepares no CREATE.
-inline void refuseTimelineRows(const Workspace& ws, bool on)
+// Makes the database refuse every new row of `table`, so that a command fails at that write
+// after what came before it; `on` false lifts the refusal. DDL goes through execScript: the
+// statements path prepares, and PostgreSQL prepares no CREATE.
+inline void refuseRows(const Workspace& ws, const QString& table, bool on)
 {
     const bool lite = ws.backend() == db::Backend::Sqlite;
+    const QString t = QStringLiteral("refuse_") + table.toLower();
     ws.connect()->execScript(
-        on ? (lite ? QStringLiteral("CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                    "hPatientsTimeline BEGIN SELECT RAISE(ABORT, "
-                                    "'timeline refused'); END;")
-                   : QStringLiteral("CREATE FUNCTION refuse_timeline() RETURNS trigger AS $$ "
-                                    "BEGIN RAISE EXCEPTION 'timeline refused'; END $$ LANGUAGE "
-                                    "plpgsql; CREATE TRIGGER refuse_timeline BEFORE INSERT ON "
-                                    "hPatientsTimeline FOR EACH ROW EXECUTE FUNCTION "
-                                    "refuse_timeline();"))
-           : (lite ? QStringLiteral("DROP TRIGGER refuse_timeline;")
-                   : QStringLiteral("DROP TRIGGER refuse_timeline ON hPatientsTimeline; "
-                                    "DROP FUNCTION refuse_timeline();")));
+        (on ? (lite ? QStringLiteral("CREATE TRIGGER %1 BEFORE INSERT ON %2 BEGIN SELECT "
+                                     "RAISE(ABORT, '%2 refused'); END;")
+                    : QStringLiteral("CREATE FUNCTION %1() RETURNS trigger AS $$ BEGIN RAISE "
+                                     "EXCEPTION '%2 refused'; END $$ LANGUAGE plpgsql; CREATE "
+                                     "TRIGGER %1 BEFORE INSERT ON %2 FOR EACH ROW EXECUTE "
+                                     "FUNCTION %1();"))
+            : (lite ? QStringLiteral("DROP TRIGGER %1;")
+                    : QStringLiteral("DROP TRIGGER %1 ON %2; DROP FUNCTION %1();")))
+            .arg(t, table));
+}
+
+// The visit's timeline row, the last write of a save: a save fails after everything else
+// of it was written.
+inline void refuseTimelineRows(const Workspace& ws, bool on)
+{
+    refuseRows(ws, QStringLiteral("hPatientsTimeline"), on);
 }
 
 class RegistrationTest : public BackendTest {

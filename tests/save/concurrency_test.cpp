@@ -4,14 +4,7 @@
 #include "support/workspace.h"
 
 #include "core/appcontext.h"
-#include "core/startup.h"
 #include "patients/registrationsave.h"
-
-#include <QThread>
-
-#include <atomic>
-#include <memory>
-#include <vector>
 
 using namespace tolmar;
 using namespace tolmar::test;
@@ -60,37 +53,13 @@ TEST_P(ConcurrentSaves, EveryNumberOnceAndEveryPatientWithExactlyItsOwnVisit)
     const bool pg = ws->backend() == db::Backend::Postgres;
     const int desks = pg ? 8 : 4;
     const int saves = pg ? 100 : 25;
-    { Desk warm(*ws); warm.startUp(); }  // migrations once, before the desks race
-
-    std::atomic<int> failures{0};
-    std::vector<std::unique_ptr<QThread>> threads;
-    for (int d = 0; d < desks; ++d) {
-        threads.emplace_back(QThread::create([&, d] {
-            // A desk's connections belong to the thread that opened them.
-            // The settings files were written once above; rewriting them from every
-            // thread would let one desk read another's half-written file.
-            Desk desk(*ws);
-            if (runStartup(desk.ctx).outcome != StartupResult::Ok) {
-                failures += saves;
-                ADD_FAILURE() << "desk " << d << " did not start";
-                return;
-            }
-            for (int n = 0; n < saves; ++n) {
-                desk.prompter.answerYes();
-                try {
-                    if (patients::saveRegistration(desk.ctx, privatePatient(d, n)).isEmpty())
-                        ++failures;
-                } catch (const std::exception& e) {
-                    ++failures;
-                    ADD_FAILURE() << "desk " << d << ": " << e.what();
-                }
-            }
-        }));
-        threads.back()->start();
-    }
-    for (auto& t : threads)
-        t->wait();
-    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(atManyDesks(*ws, desks, saves,
+                          [](Desk& desk, int d, int n) {
+                              desk.prompter.answerYes();
+                              return !patients::saveRegistration(desk.ctx, privatePatient(d, n))
+                                          .isEmpty();
+                          }),
+              0);
 
     const int total = desks * saves;
     auto c = ws->connect();

@@ -8,6 +8,8 @@
 #include "core/formats.h"
 #include "patients/frmpatientsnew.h"
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
 #include <QListWidget>
 
@@ -200,6 +202,82 @@ TEST_P(FrontDesk, AppointmentIsRefusedWithoutItsDateAndQueuedWithIt)
             .toString();
     EXPECT_TRUE(sms.contains(QStringLiteral("Date: ") + fmt::shortDate(day)))
         << sms.toStdString();
+}
+
+TEST_P(FrontDesk, RenewCardBillsTheFeeOnceWithTheNextEditSaveWhetherOrNotTheCardWasRenewed)
+{
+    // The patient was registered this morning and comes back to another clinic.
+    restartWith(QStringLiteral("LockMultipleAttendnace"), QStringLiteral("NO"));
+    openDesk();
+    for (const bool renew : {false, true}) {
+        SCOPED_TRACE(renew ? "renewed" : "left without renewing");
+        const QString surname = QLatin1String(renew ? "RENEWED" : "LAPSED");
+        frmPatientsNew* s = newPatient(surname);
+        ASSERT_NE(s, nullptr);
+        save(s);
+        const QString pno =
+            ws->scalar(QStringLiteral("SELECT PNo FROM hPatients WHERE psurname = ?"), {surname})
+                .toString();
+        const QDate lapsed = today().addDays(-40);
+        ws->exec(QStringLiteral("UPDATE hPatients SET expirydate = ? WHERE PNo = ?"),
+                 {lapsed, pno});
+
+        s->editVal(pno);
+        click(s, "cmdEdit");
+        desk->prompter.clear();
+        pick(s, "cboClin", QStringLiteral("GENERAL"));
+        EXPECT_EQ(desk->prompter.informs(),
+                  QStringList{QStringLiteral("Patient's Card has Expired")});
+        ASSERT_TRUE(test::child<QPushButton>(s, "cmdRenew")->isEnabled());
+
+        // "Renew Card" opens the renewal screen over the desk and waits for it.
+        QString shownPno;
+        QTimer::singleShot(0, [&] {
+            QWidget* renewal = QApplication::activeModalWidget();
+            ASSERT_NE(renewal, nullptr);
+            shownPno = edit(renewal, "txtNo")->text();
+            if (renew) {
+                desk->prompter.answerYes();
+                click(renewal, "cmdRenew");
+            }
+            click(renewal, "cmdClose");
+        });
+        click(s, "cmdRenew");
+        EXPECT_EQ(shownPno, pno);
+        const QDate expiry = renew ? today().addYears(1) : lapsed;
+        EXPECT_EQ(ui::dateOf(dateBox(s, "dtExpDate")), expiry);
+        EXPECT_FALSE(desk->ctx.session().CardRenewedFlag) << "taken by the registration screen";
+
+        if (renew) {
+            pick(s, "cboClin", QStringLiteral("GENERAL"));  // the card is good again
+            pick(s, "cboPurpose", QStringLiteral("CONSULTATION"));
+        } else {
+            test::child<QCheckBox>(s, "chkReg")->setChecked(false);
+        }
+        save(s);
+        // A second edit save of the same patient bills nothing more.
+        s->editVal(pno);
+        click(s, "cmdEdit");
+        test::child<QCheckBox>(s, "chkReg")->setChecked(false);
+        save(s);
+
+        EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM billAccum WHERE PNo = ? AND "
+                                            "drgName = 'CARD RENEWAL FEE'"),
+                             {pno})
+                      .toInt(),
+                  1);
+        EXPECT_EQ(ws->scalar(QStringLiteral("SELECT expirydate FROM hPatients WHERE PNo = ?"),
+                             {pno})
+                      .toDate(),
+                  expiry);
+        EXPECT_EQ(ws->scalar(QStringLiteral("SELECT COUNT(*) FROM hPatientsOldCardNoHist "
+                                            "WHERE PNo = ?"),
+                             {pno})
+                      .toInt(),
+                  renew ? 1 : 0);
+        EXPECT_FALSE(desk->prompter.answersLeft());
+        closeScreen(s);
+    }
 }
 
 TOLMAR_INSTANTIATE_BACKENDS(FrontDesk);

@@ -392,7 +392,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     refuseTimelineRows(*ws, true);
     frmPatientsNew& s = fillNewPrivate(u"SECOND"_s);
     save();
-    EXPECT_TRUE(desk->prompter.lastText().contains(u"timeline refused"_s))
+    EXPECT_TRUE(desk->prompter.lastText().contains(u"hPatientsTimeline refused"_s))
         << desk->prompter.lastText().toStdString();
     EXPECT_EQ(newestPNo(), first);
     for (const char* table : {"hRecords", "billAccum", "hPatientsTimeline"})
@@ -406,10 +406,7 @@ TEST_P(RegistrationSave, FailureMidSaveLeavesNoRowsRepairsCountersAndKeepsThePat
     EXPECT_EQ(s.mode(), frmPatientsNew::Mode::Add);
     EXPECT_EQ(edit(&s, "txtsurNAme")->text(), u"SECOND"_s);
 
-    ws->connect()->execScript(ws->backend() == db::Backend::Sqlite
-                                  ? u"DROP TRIGGER refuse_timeline;"_s
-                                  : u"DROP TRIGGER refuse_timeline ON "
-                                    "hPatientsTimeline;"_s);
+    refuseTimelineRows(*ws, false);
     save();  // the same screen, pressed again
     EXPECT_EQ(desk->prompter.lastText(), u"Record Succesfully saved"_s);
     EXPECT_EQ(counters(), plusOne(before));  // the burnt numbers, reused

@@ -10,10 +10,13 @@
 #include <QFile>
 #include <QDirIterator>
 #include <QProcess>
+#include <QThread>
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <mutex>
+#include <vector>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -304,6 +307,39 @@ void Desk::startUp()
     const_cast<Workspace&>(ws).writeSettings();
     const auto r = runStartup(ctx);
     ASSERT_EQ(r.outcome, StartupResult::Ok) << r.message.toStdString();
+}
+
+int atManyDesks(const Workspace& ws, int desks, int saves,
+                const std::function<bool(Desk&, int d, int n)>& save)
+{
+    { Desk warm(ws); warm.startUp(); }  // migrations once, before the desks race
+    std::atomic<int> failures{0};
+    std::vector<std::unique_ptr<QThread>> threads;
+    for (int d = 0; d < desks; ++d) {
+        threads.emplace_back(QThread::create([&, d] {
+            // The settings files were written once above; rewriting them from every thread
+            // would let one desk read another's half-written file.
+            Desk desk(ws);
+            if (runStartup(desk.ctx).outcome != StartupResult::Ok) {
+                failures += saves;
+                ADD_FAILURE() << "desk " << d << " did not start";
+                return;
+            }
+            for (int n = 0; n < saves; ++n) {
+                try {
+                    if (!save(desk, d, n))
+                        ++failures;
+                } catch (const std::exception& e) {
+                    ++failures;
+                    ADD_FAILURE() << "desk " << d << ": " << e.what();
+                }
+            }
+        }));
+        threads.back()->start();
+    }
+    for (auto& t : threads)
+        t->wait();
+    return failures.load();
 }
 
 }  // namespace tolmar::test

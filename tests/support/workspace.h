@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -98,6 +99,13 @@ struct Desk {
     // Process ends asked for by screens, in order.
     std::vector<int> endedWith;
 };
+
+// Desks saving at the same moment, each on a thread of its own (a desk's connections belong
+// to the thread that opened them), after one desk has started up and brought the databases
+// up to date. `save(desk, d, n)` runs `saves` times at desk d and says whether the save went
+// through; an exception fails the test. Returns how many saves did not go through.
+int atManyDesks(const Workspace& ws, int desks, int saves,
+                const std::function<bool(Desk&, int d, int n)>& save);
 
 // The named columns of a row, each expected as "column=value" with the value as text (dates
 // ISO, NULL empty, 1500.0 as "1500"); a failure lists them all side by side.

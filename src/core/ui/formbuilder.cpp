@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -218,6 +219,33 @@ QString currentKey(const QComboBox* box)
 {
     return box->currentIndex() < 0 && !box->isEditable() ? QString()
                                                           : listentry::key(box->currentText());
+}
+
+void fillQuietly(QComboBox* box, const QStringList& items)
+{
+    const QSignalBlocker quiet(box);
+    box->clear();
+    box->addItems(items);
+    box->setCurrentIndex(-1);
+}
+
+int chooseQuietly(QComboBox* box, const QString& text)
+{
+    const QSignalBlocker quiet(box);
+    box->setCurrentIndex(text.isEmpty() ? -1 : box->findText(text));
+    return box->currentIndex();
+}
+
+int chooseKeyQuietly(QComboBox* box, const QString& key)
+{
+    const QSignalBlocker quiet(box);
+    for (int i = 0; i < box->count(); ++i)
+        if (listentry::key(box->itemText(i)).trimmed() == key.trimmed()) {
+            box->setCurrentIndex(i);
+            return i;
+        }
+    box->setCurrentIndex(-1);
+    return -1;
 }
 
 void fitColumns(QTableView* grid, int maxWidth)

@@ -8,6 +8,7 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 class QCheckBox;
 class QComboBox;
@@ -88,6 +89,12 @@ void setDateOrBlank(QDateEdit* edit, const QDate& d);
 
 // The key of the current entry of a list box ("{text} [{key}]"); "" when none is chosen.
 QString currentKey(const QComboBox* box);
+// Fills a list box without telling anyone, nothing chosen.
+void fillQuietly(QComboBox* box, const QStringList& items);
+// Chooses the entry with this text, or the one whose key is `key`, without telling anyone;
+// nothing is chosen when the list holds no such entry. Returns the index chosen.
+int chooseQuietly(QComboBox* box, const QString& text);
+int chooseKeyQuietly(QComboBox* box, const QString& key);
 
 // Fits the grid's columns to their contents (bounded, so a long text cannot push the rest
 // off the screen).

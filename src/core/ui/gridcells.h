@@ -1,6 +1,8 @@
 #pragma once
 // Reading a grid's cells by column caption (any case).
 
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 
@@ -15,8 +17,13 @@ int columnOf(const QAbstractItemModel* model, const QString& caption);
 QString currentText(const QTableView* view, const QString& caption);
 // Hides the named columns.
 void hideColumns(QTableView* view, const QStringList& captions);
-// Shows a fresh model (a refresh), hides the named columns and fits the rest; the old
-// model and its rows go at once.
+// A grid's view of `source` with only the named columns, in the order given, under the
+// screen's own captions ({column, caption}); the view takes the source's owner and owns
+// the source.
+QAbstractItemModel* captioned(QAbstractItemModel* source,
+                              const QList<QPair<QString, QString>>& columns);
+// Shows another list in the grid (a refresh): the old model and its rows go at once, no
+// column stays hidden from the list before but the named ones, and the rest are fitted.
 void replaceModel(QTableView* view, QAbstractItemModel* model,
                   const QStringList& hidden = {});
 
