@@ -1,13 +1,11 @@
 #include "patients/patientsearch.h"
 
 #include "core/appcontext.h"
-#include "core/formats.h"
 #include "core/likepattern.h"
 #include "platform/db.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
-#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -32,7 +30,8 @@ constexpr int kFewMatches = 1000;
 struct Plan {
     QString keys;  // "SELECT PNo ... ORDER BY SearchName, PNo", without LIMIT
     QString count;
-    db::Params params;
+    db::Params params;       // of keys
+    db::Params countParams;  // of count
 };
 
 // GLOB is how SQLite's trigram table takes a pattern with a bound value: its LIKE with an
@@ -55,7 +54,7 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
         return {QStringLiteral("SELECT PNo FROM hPatients WHERE oldPno = ? "
                                "ORDER BY SearchName, PNo"),
                 QStringLiteral("SELECT COUNT(*) FROM hPatients WHERE oldPno = ?"),
-                {text}};
+                {text}, {text}};
     const bool phone = mode == kSearchSysNo;
     // The folded name begins with the surname, so the surname's first letters are a prefix.
     const bool prefix = mode == kSearchSurname;
@@ -68,29 +67,42 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
         lite ? (prefix ? globContains(typed).mid(1) : globContains(typed))  // no leading "*"
              : (prefix ? like::startsWith(typed) : like::contains(typed));
     // The matches as the trigram index gives them: the FTS5 table on SQLite (which keeps
-    // the folded name too), the GIN index on PostgreSQL. "|| ''" keeps PostgreSQL from
-    // walking the name index for a text it cannot estimate: a rare text would read it all.
-    const QString indexed =
-        lite ? QStringLiteral("FROM hPatientsFts WHERE %1 GLOB ?")
-                   .arg(phone ? QStringLiteral("PhoneNo") : column)
-             : QStringLiteral("FROM hPatients WHERE %1 LIKE ?").arg(column);
+    // the folded name too), the GIN index on PostgreSQL. On SQLite a text of three letters
+    // or more is a phrase of trigrams, which the table answers from its positions alone; a
+    // GLOB would read every candidate's text again. PostgreSQL's name index is on
+    // "SearchName || ''" (see the schema): a plain LIKE can only go to the trigrams, and
+    // the walk below names that expression to go to the name index.
+    QString indexed = QStringLiteral("FROM hPatients WHERE %1 LIKE ?").arg(column);
+    QVariant indexPattern = pattern;
+    if (lite) {
+        const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
+        if (typed.size() >= 3) {
+            indexed = QStringLiteral("FROM hPatientsFts WHERE hPatientsFts MATCH ?");
+            indexPattern = ftsColumn + QStringLiteral(" : \"") +
+                           QString(typed).replace(u'"', QStringLiteral("\"\"")) +
+                           QLatin1Char('"');
+        } else {
+            indexed = QStringLiteral("FROM hPatientsFts WHERE %1 GLOB ?").arg(ftsColumn);
+        }
+    }
     const QString sortIndexed = lite ? QStringLiteral(" ORDER BY SearchName, PNo")
                                      : QStringLiteral(" ORDER BY SearchName || '', PNo");
     const qint64 probe =
-        c.scalar(QStringLiteral("SELECT COUNT(*) FROM (SELECT PNo ") + indexed +
+        c.scalar(QStringLiteral("SELECT COUNT(*) FROM (SELECT 1 ") + indexed +
                      QStringLiteral(" LIMIT ?) m"),
-                 {pattern, kFewMatches})
+                 {indexPattern, kFewMatches})
             .toLongLong();
     const QString count = QStringLiteral("SELECT COUNT(*) ") + indexed;
     if (probe < kFewMatches)
-        return {QStringLiteral("SELECT PNo ") + indexed + sortIndexed, count, {pattern}};
+        return {QStringLiteral("SELECT PNo ") + indexed + sortIndexed, count, {indexPattern},
+                {indexPattern}};
     // A common text: the name index in order, each entry tested, until the page is full.
     const QString walk =
         lite ? QStringLiteral("SELECT PNo FROM hPatients INDEXED BY ix_hpatients_searchname "
                               "WHERE %1 GLOB ? ORDER BY SearchName, PNo")
              : QStringLiteral("SELECT PNo FROM hPatients WHERE (%1 || '') LIKE ? "
-                              "ORDER BY SearchName, PNo");
-    return {walk.arg(column), count, {pattern}};
+                              "ORDER BY SearchName || '', PNo");
+    return {walk.arg(column), count, {pattern}, {indexPattern}};
 }
 
 // The rows of vwhpatients for a page of numbers, in the page's order.
@@ -140,14 +152,7 @@ public:
         if (!i.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
             return {};
         const QVariant v = m_rows[size_t(i.row())].value(i.column());
-        if (role == Qt::EditRole)
-            return v;
-        // Dates in the short form whichever way the backend hands them over.
-        if (v.metaType().id() == QMetaType::QDate)
-            return fmt::shortDate(v.toDate());
-        static const QRegularExpression iso(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
-        const QString s = db::variantText(v);
-        return iso.match(s).hasMatch() ? fmt::shortDate(QDate::fromString(s, Qt::ISODate)) : s;
+        return role == Qt::EditRole ? v : db::displayValue(v);
     }
     QVariant headerData(int section, Qt::Orientation o, int role) const override
     {
@@ -264,7 +269,7 @@ SearchOutcome searchPatients(AppContext& ctx, const QString& mode, int limit,
         if (limit > 0 || first.size() < size_t(kPage))
             out.found = qint64(first.size());
         else
-            out.found = c.scalar(plan.count, plan.params).toLongLong();
+            out.found = c.scalar(plan.count, plan.countParams).toLongLong();
         out.foundText = foundText(out.found);
         out.rows = new SearchRows(ctx, plan, out.found, std::move(first), parent);
     } catch (const db::DbError& e) {

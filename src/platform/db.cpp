@@ -702,6 +702,23 @@ void Connection::rollback()
     q.exec(QStringLiteral("ROLLBACK"));
 }
 
+QVariant displayValue(const QVariant& v)
+{
+    if (!v.isValid() || v.isNull())
+        return QString();
+    if (v.metaType().id() == QMetaType::QDate)
+        return v.toDate().toString(QStringLiteral("dd/MM/yyyy"));
+    if (v.metaType().id() == QMetaType::QDateTime)
+        return v.toDateTime().toString(QStringLiteral("dd/MM/yyyy h:mm AP"));
+    if (v.metaType().id() == QMetaType::QString) {
+        static const QRegularExpression iso(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
+        const QString s = v.toString();
+        if (iso.match(s).hasMatch())
+            return QDate::fromString(s, Qt::ISODate).toString(QStringLiteral("dd/MM/yyyy"));
+    }
+    return v;
+}
+
 namespace {
 // Grids show what the statement gives, but NULL as blank and dates in the short form.
 // The model reads on a connection of its own: rows are fetched as the view scrolls, and on
@@ -754,19 +771,7 @@ public:
             return v;
         if (role != Qt::DisplayRole)
             return {};
-        if (!v.isValid() || v.isNull())
-            return QString();
-        if (v.metaType().id() == QMetaType::QDate)
-            return v.toDate().toString(QStringLiteral("dd/MM/yyyy"));
-        if (v.metaType().id() == QMetaType::QDateTime)
-            return v.toDateTime().toString(QStringLiteral("dd/MM/yyyy h:mm AP"));
-        if (v.metaType().id() == QMetaType::QString) {
-            static const QRegularExpression iso(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
-            const QString s = v.toString();
-            if (iso.match(s).hasMatch())
-                return QDate::fromString(s, Qt::ISODate).toString(QStringLiteral("dd/MM/yyyy"));
-        }
-        return v;
+        return displayValue(v);
     }
 
 private:

@@ -142,6 +142,8 @@ private:
 // Text form of a stored value: dates ISO, NULL "", numbers without a trailing ".0".
 QString variantText(const QVariant& v);
 QDate variantDate(const QVariant& v);
+// A value as a grid shows it: NULL blank, dates (and ISO date texts) in the short form.
+QVariant displayValue(const QVariant& v);
 QDateTime variantDateTime(const QVariant& v);
 
 using Params = std::vector<QVariant>;

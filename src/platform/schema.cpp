@@ -152,6 +152,32 @@ void runInOwnConnection(const QString& driver, const QString& name,
 
 }  // namespace
 
+// SQLite has no "ADD COLUMN IF NOT EXISTS": such a statement is dropped where the column
+// is there already, and runs without the clause where it is not, so that a step may run
+// again on both backends (a step whose record was lost is applied again).
+static QString withoutColumnsPresent(Connection& c, const QString& text)
+{
+    static const QRegularExpression addColumn(
+        QStringLiteral("^\\s*ALTER\\s+TABLE\\s+(\\w+)\\s+ADD\\s+COLUMN\\s+IF\\s+NOT\\s+EXISTS"
+                       "\\s+(\\w+)"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption);
+    QStringList out;
+    for (QString st : splitSqlStatements(text)) {
+        const auto m = addColumn.match(st);
+        if (m.hasMatch()) {
+            if (c.queryOne(QStringLiteral("SELECT 1 FROM pragma_table_info(?) "
+                                          "WHERE lower(name) = lower(?)"),
+                           {m.captured(1), m.captured(2)}))
+                continue;
+            st = st.left(m.capturedStart()) +
+                 QStringLiteral("ALTER TABLE %1 ADD COLUMN ").arg(m.captured(1)) +
+                 st.mid(m.capturedStart(2));
+        }
+        out << st;
+    }
+    return out.join(QStringLiteral(";\n"));
+}
+
 // Lines between "--@sqlite" or "--@postgres" and "--@end" (or the next such marker or
 // section) are for that backend only: the search indexes, which are not the same kind of
 // thing on the two, and the triggers that keep them.
@@ -356,7 +382,7 @@ void SchemaMigrator::apply(const Migration& m)
                 continue;  // made by every connection of that database as it opens
             Connection c(m_config, s.db);
             Transaction tx(c);
-            c.execScript(s.text);
+            c.execScript(withoutColumnsPresent(c, s.text));
             tx.commit();
         }
         Connection c(m_config, Database::Hospital);
