@@ -92,7 +92,8 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
     QVariant indexPattern = pattern;
     if (lite) {
         const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
-        if (typed.size() >= 3) {
+        // A phrase matches anywhere in the name; the surname's first letters take the GLOB.
+        if (typed.size() >= 3 && !prefix) {
             indexed = QStringLiteral("FROM hPatientsFts WHERE hPatientsFts MATCH ?");
             indexPattern = ftsColumn + QStringLiteral(" : \"") +
                            QString(typed).replace(u'"', QStringLiteral("\"\"")) +

@@ -771,8 +771,6 @@ public:
             return v;
         if (role != Qt::DisplayRole)
             return {};
-        if (!v.isValid() || v.isNull())
-            return QString();
         return displayValue(v);
     }
 
@@ -817,12 +815,19 @@ QAbstractItemModel* Connection::gridModel(const QString& sql, const Params& para
     QSqlDatabase d = QSqlDatabase::database(own ? own->m_name : m_name, false);
     QSqlQuery q(d);
     q.setForwardOnly(true);
-    if (!q.prepare(sql))
-        throw toDbError(q.lastError(), sql, d);
-    for (int i = 0; i < int(params.size()); ++i)
-        q.bindValue(i, bindable(params[size_t(i)]));
-    if (!q.exec())
-        throw toDbError(q.lastError(), sql, d);
+    // A statement without values runs as it is: PostgreSQL's driver streams such a read
+    // row by row, where a prepared one comes back whole before the first row shows.
+    if (params.empty()) {
+        if (!q.exec(sql))
+            throw toDbError(q.lastError(), sql, d);
+    } else {
+        if (!q.prepare(sql))
+            throw toDbError(q.lastError(), sql, d);
+        for (int i = 0; i < int(params.size()); ++i)
+            q.bindValue(i, bindable(params[size_t(i)]));
+        if (!q.exec())
+            throw toDbError(q.lastError(), sql, d);
+    }
     auto* model = new GridModel(std::move(own), parent);
     model->start(std::move(q));
     return model;
