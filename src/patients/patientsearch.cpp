@@ -92,8 +92,7 @@ Plan planFor(db::Connection& c, const QString& mode, const QString& text)
     QVariant indexPattern = pattern;
     if (lite) {
         const QString ftsColumn = phone ? QStringLiteral("PhoneNo") : column;
-        // A phrase matches anywhere in the name; the surname's first letters take the GLOB.
-        if (typed.size() >= 3 && !prefix) {
+        if (typed.size() >= 3) {
             indexed = QStringLiteral("FROM hPatientsFts WHERE hPatientsFts MATCH ?");
             indexPattern = ftsColumn + QStringLiteral(" : \"") +
                            QString(typed).replace(u'"', QStringLiteral("\"\"")) +
