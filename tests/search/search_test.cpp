@@ -87,6 +87,7 @@ TEST_P(Search, FindsByEveryModeWithTypedCharactersAsData)
         {kSearchName, "", "%", 0, {}},
         {kSearchName, "", "o[ro]", 1, {"001/000000007"}},
         {kSearchName, "", "*star?", 1, {"001/000000007"}},
+        {kSearchName, "", "*", 1, {"001/000000007"}},  // short of a trigram: the GLOB path
         {kSearchName, "", "[", 1, {"001/000000007"}},
         {kSearchName, "", "r\"b", 0, {}},
         // SearchValue: 20 limits; "0", blank and anything but a whole number do not.
@@ -161,6 +162,7 @@ TEST_P(Search, ListsLikelyDuplicatesOnTheSameBirthdayOrPhoneWithMuchTheSameName)
     } cases[] = {
         {"o'connor", "bridget", born, "", {"O'CONNOR BRIDGET|same DOB"}},
         {"Bridget", "O'Connor", born, "", {"O'CONNOR BRIDGET|same DOB"}},  // swapped
+        {"Bridgette", "OConnor", born, "", {"O'CONNOR BRIDGET|same DOB"}},  // and misspelt
         {"Ò'CONNÓR", "[BRIDGET]", {}, "08031234567", {"O'CONNOR BRIDGET|same phone"}},
         {"OCONNOR", "BRIDGET", born, "08031234567", {"O'CONNOR BRIDGET|same DOB, same phone"}},
         {"O'CONNOR", "", born, "", {"O'CONNOR BRIDGET|same DOB", "O'CONNOR SEAN|same DOB"}},
