@@ -113,18 +113,8 @@ void addVisits(const BenchWorkspace& w, qint64 patients, int perDay, int today)
 struct Timing {
     std::vector<double> ms;
     void add(const QElapsedTimer& t) { ms.push_back(double(t.nsecsElapsed()) / 1e6); }
-    double p95() const
-    {
-        std::vector<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        return percentile(sorted, 95);
-    }
-    double p50() const
-    {
-        std::vector<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        return percentile(sorted, 50);
-    }
+    double p95() const { return percentileOf(ms, 95); }
+    double p50() const { return percentileOf(ms, 50); }
 };
 
 void printTiming(const char* what, const Timing& t)

@@ -12,6 +12,7 @@
 //   queues_bench [--patients N] [--history-per-day N] [--runs N] [--pg HOST:PORT] [--dir DIR]
 
 #include "benchworkspace.h"
+#include "pgreplay.h"
 
 #include "clinical/consultation.h"
 #include "clinical/doctorallocation.h"
@@ -54,8 +55,7 @@ Figures timeRuns(int runs, const std::function<void()>& once)
         once();
         ms.push_back(double(t.nsecsElapsed()) / 1e6);
     }
-    std::sort(ms.begin(), ms.end());
-    return {ms[ms.size() / 2], ms[std::min(ms.size() - 1, size_t(double(ms.size()) * 0.95))]};
+    return {bench::percentileOf(ms, 50), bench::percentileOf(ms, 95)};
 }
 
 // Ten clinics with five doctors each, every doctor in a room today.

@@ -10,6 +10,7 @@
 // card numbers, parts of names, and the keys of the duplicate check.
 
 #include "benchworkspace.h"
+#include "pgreplay.h"
 
 #include "core/appcontext.h"
 #include "core/clock.h"
@@ -40,14 +41,6 @@ struct Person {
     QString pno, surname, first, phone, card;
     QDate dob;
 };
-
-double percentile(std::vector<double> ms, double p)
-{
-    if (ms.empty())
-        return 0;
-    std::sort(ms.begin(), ms.end());
-    return ms[std::min(ms.size() - 1, size_t(p * double(ms.size() - 1) + 0.5))];
-}
 
 std::vector<double> timeEach(int n, const std::function<void(int)>& run)
 {
@@ -204,7 +197,7 @@ int main(int argc, char** argv)
             say(QStringLiteral("  %1").arg(QLatin1String(k.name)));
             const auto ms = timeEach(texts, k.run);
             const auto base = timeEach(std::min(scans, texts), k.baseline);
-            const double p95 = percentile(ms, 0.95), b95 = percentile(base, 0.95);
+            const double p95 = bench::percentileOf(ms, 95), b95 = bench::percentileOf(base, 95);
             if (qEnvironmentVariableIsSet("SEARCH_BENCH_SLOWEST")) {
                 std::vector<int> order(ms.size());
                 for (size_t i = 0; i < order.size(); ++i)
@@ -219,7 +212,7 @@ int main(int argc, char** argv)
             const bool ok = p95 <= k.target && b95 >= 50 * p95;
             met = met && ok;
             std::printf("%-24s %9.2f %9.2f %12.1f %8.0fx %5.0f ms %s\n", k.name,
-                        percentile(ms, 0.5), p95, b95, b95 / std::max(p95, 1e-3), k.target,
+                        bench::percentileOf(ms, 50), p95, b95, b95 / std::max(p95, 1e-3), k.target,
                         ok ? "met" : "MISSED");
             std::fflush(stdout);
         }
@@ -242,7 +235,7 @@ int main(int argc, char** argv)
             const auto o = patients::searchPatients(ctx, kSearchName, limit, commonest, nullptr);
             delete o.rows;
             std::printf("commonest fragment \"%s\" (%s): p95 %.1f ms, %lld found\n",
-                        qPrintable(commonest), limit ? "20" : "all", percentile(ms, 0.95),
+                        qPrintable(commonest), limit ? "20" : "all", bench::percentileOf(ms, 95),
                         static_cast<long long>(o.found));
         }
         std::printf("%s\n", met ? "all targets met" : "some targets missed");

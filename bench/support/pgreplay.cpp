@@ -118,6 +118,12 @@ double percentile(const std::vector<double>& sorted, double p)
     return sorted[std::min(sorted.size() - 1, rank == 0 ? 0 : rank - 1)];
 }
 
+double percentileOf(std::vector<double> ms, double p)
+{
+    std::sort(ms.begin(), ms.end());
+    return percentile(ms, p);
+}
+
 Figures summarise(std::vector<double> ms, double seconds)
 {
     std::sort(ms.begin(), ms.end());

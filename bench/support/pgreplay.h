@@ -54,6 +54,8 @@ struct Figures {
     double perSecond() const { return seconds > 0 ? saves / seconds : 0; }
 };
 double percentile(const std::vector<double>& sorted, double p);
+// The same of timings in any order.
+double percentileOf(std::vector<double> ms, double p);
 Figures summarise(std::vector<double> ms, double seconds);
 
 // Desks saving at once, each on a thread of its own: start(desk) runs on that thread and
