@@ -32,7 +32,8 @@ std::vector<Migration> availableMigrations();
 int latestSchemaVersion();
 
 // A schema text for one backend: $ID (identity key), $SMALLINT, $REAL, $DATE, $TIMESTAMP,
-// $BLOB, $TODAY, $NOW, $MONTHDAY(date) ("MM-DD") and $YEARS(later, earlier) (whole years)
+// $BLOB, $TODAY, $NOW, $MONTHDAY(date) ("MM-DD"), $DAYS(later, earlier) (whole days)
+// and $YEARS(later, earlier) (whole years)
 // become that backend's words. Throws DbError on a token it does not know.
 QString expandSchema(const QString& text, Backend backend);
 
